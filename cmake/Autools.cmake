@@ -1,0 +1,34 @@
+# The project's own build helpers.
+
+# Warnings, definitions and include folder that every target of this project is built with.
+add_library(autools_build_settings INTERFACE)
+target_compile_features(autools_build_settings INTERFACE cxx_std_17)
+target_compile_definitions(autools_build_settings INTERFACE
+  NOMINMAX WIN32_LEAN_AND_MEAN _WIN32_WINNT=0x0601 WINVER=0x0601 _CRT_SECURE_NO_WARNINGS)
+target_include_directories(autools_build_settings INTERFACE ${PROJECT_SOURCE_DIR}/src)
+if(MSVC)
+  target_compile_options(autools_build_settings INTERFACE /W4 /WX /permissive- /utf-8 /EHsc)
+else()
+  target_compile_options(autools_build_settings INTERFACE
+    -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror
+    $<$<CONFIG:Debug>:-Og -g1 -D_GLIBCXX_ASSERTIONS>)
+endif()
+
+# autools_sources(SOURCES a.cpp ... PUBLIC_HEADERS a.h ...): adds one folder's part of the library.
+function(autools_sources)
+  cmake_parse_arguments(ARG "" "" "SOURCES;PUBLIC_HEADERS" ${ARGN})
+  foreach(source IN LISTS ARG_SOURCES)
+    target_sources(autools_objects PRIVATE ${CMAKE_CURRENT_SOURCE_DIR}/${source})
+  endforeach()
+  foreach(header IN LISTS ARG_PUBLIC_HEADERS)
+    set_property(GLOBAL APPEND PROPERTY AUTOOLS_PUBLIC_HEADERS ${CMAKE_CURRENT_SOURCE_DIR}/${header})
+  endforeach()
+endfunction()
+
+# autools_deploy_runtime(target): puts the shared C++ runtime beside the programs (once for the folder `bin`).
+function(autools_deploy_runtime)
+  foreach(dll IN LISTS AUTOOLS_RUNTIME_DLLS)
+    get_filename_component(name ${dll} NAME)
+    configure_file(${dll} ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/${name} COPYONLY)
+  endforeach()
+endfunction()

@@ -1,0 +1,100 @@
+#ifndef AUTOOLS_FILEOPS_RT_FILE_H
+#define AUTOOLS_FILEOPS_RT_FILE_H
+
+#include "fileops/FileFlags.h"
+#include "foundation/Export.h"
+#include "foundation/String.h"
+
+#include <windows.h>
+
+/// One file on a local drive or a network share: its path, its open handle, questions about it and the shared count.
+///
+/// The layout is part of the exported interface. The object owns its handle; both 0 and INVALID_HANDLE_VALUE mean
+/// closed. A copy deliberately has the same handle value (the first to close it wins): copy closed objects only.
+/// Failures worth reporting are left in `result`. Nothing throws. Not thread-safe.
+class AUTOOLS_API RT_File
+{
+public:
+    RT_File();
+    RT_File(const char* fullPath);
+    RT_File(const char* path, const char* fileName);
+    RT_File(const RT_File& other);
+    RT_File& operator=(const RT_File& other);
+    virtual ~RT_File();
+
+    /// Splits a path that begins with a drive or with \\server. Any other form leaves the object as it was.
+    void SetFullPath(const char* fullPath);
+    void SetFullPath(const char* path, const char* fileName);
+    const char* GetFullPath();
+    const char* GetFileName();
+    const char* GetPath();
+    /// Stays owned by the object.
+    HANDLE GetFileHandle();
+
+    /// Opens or creates the file; non-zero when open. Bits 0-1: 0 read, 1 write, 2 both. Bits 4-6: 0 or 0x10 not
+    /// shared, 0x20 others may read, 0x30 write, 0x40 both. 0x80: handle not inheritable. 0x1000: create or truncate;
+    /// with 0x2000 open or create. Writing, creating and sharing for writing create the folder.
+    int Open(unsigned int flags);
+    /// Bytes read, 0 on failure.
+    unsigned long Read(void* buffer, int count);
+    bool Write(const void* data, int count);
+    /// Writes text with a carriage return before every line feed, also where one is already there.
+    bool Write(const char* text);
+    /// Reads up to a NUL, a line feed or a carriage return (consumed, not stored) or 1,024 characters into a buffer of
+    /// 1,025 bytes. 0 only at the end of the file.
+    int ReadLine(char* buffer);
+    /// Moves the file pointer; `origin` is FILE_BEGIN, FILE_CURRENT or FILE_END.
+    unsigned long Seek(unsigned long offset, unsigned long origin);
+    unsigned long SeekToEnd();
+    void Flush();
+    void Close();
+
+    /// The low 32 bits of the size, 0 on failure.
+    unsigned long GetLength();
+    /// Tests the full path, or this file's name in `directory` when given.
+    bool IsFileExisting(const char* directory);
+    /// The fixed file version as "a,b,c,d" into a buffer of 260 bytes; "" and false when there is none.
+    bool HasVersionInfo(char* versionOut);
+    /// Compares a version text with this file's: -1, 0 or 1 as the sign of given minus own. False without versions.
+    bool VersionCmp(const char* version, int* comparison);
+    /// True when `other` has a lower version or either has none.
+    bool IsNewerByVersion(RT_File& other);
+    /// The rule of copying, with this file as source and `other` as target.
+    bool IsDifferent(RT_File& other, WHEN when);
+    /// The 32-bit sum of the contents as little-endian words, chunk by chunk of 16,000 bytes; 0 on failure and for an
+    /// empty file.
+    unsigned long GetCheckSum();
+
+    /// Count this file up (down) in the registry's SharedDLLs; a count that reaches 0 is deleted.
+    bool Share();
+    bool UnShare();
+
+protected:
+    template <typename T> friend struct aut::LayoutOf;
+
+    void InitMembers();
+    bool Initialize(const String& text);
+    bool IsReadOnly();
+    bool RemoveReadOnlyAttribIfAny();
+    bool IsFileLocked();
+    bool IsOverWriteable();
+    bool IsDifferentByVersion(RT_File& other, WHEN when, COMPFLAG& flag);
+    bool IsDifferentByLastModTime(RT_File& other, WHEN when, COMPFLAG& flag);
+    bool IsDifferentByCheckSum(RT_File& other);
+
+private:
+    long GetFileCRC(const char* directory, const char* fileName, unsigned long length, unsigned long* sum);
+
+protected:
+    String m_drive;
+    String m_server;
+    String m_path;
+    String m_fileName;
+    String m_fullPath;
+    HANDLE m_handle;
+};
+
+/// Commits a file to disk; false when it does not exist.
+AUTOOLS_API bool FlushFile(const char* path);
+
+#endif

@@ -1,0 +1,38 @@
+#ifndef AUTOOLS_REGISTRY_CREGCOMPONENT_H
+#define AUTOOLS_REGISTRY_CREGCOMPONENT_H
+
+#include "registry/CRegBase.h"
+
+/// Key "Software\Velmora\7xAutoUpdate\Components" or one component below it: which products use it and which of its
+/// levels (versions) are kept on disk, newest first.
+class AUTOOLS_API CRegComponent : public CRegBase
+{
+public:
+    explicit CRegComponent(bool readOnly);
+    CRegComponent(const char* component, bool readOnly);
+
+    /// How many levels are kept; stored on the root key. 0 when missing.
+    unsigned long GetMaxLevels();
+    void SetMaxLevels(unsigned long n);
+
+    /// The names of all components, whichever component this object is opened on.
+    bool GetComponentList(RT_List<String, String&>& list);
+    /// The products that have an entry under this component, "Shared" left out; false on the root object.
+    bool GetProductList(RT_List<String, String&>& list);
+
+    /// Reads the levels, separated by "," or ";"; false on the root object.
+    bool GetMostRecentLevels(RT_List<String, String&>& list);
+    /// Writes the first levels up to the maximum (20 when none is set) and those beyond it that a product still uses;
+    /// appends the folder of every dropped level to `removedDirs`, for the caller to delete.
+    void SetMostRecentLevels(RT_List<String, String&>& levels, RT_List<String, String&>& removedDirs);
+    /// Puts `level` first.
+    void InsertMostRecentLevel(const char* level, RT_List<String, String&>& removedDirs);
+
+protected:
+    bool DeleteMostRecentLevelFromList(RT_List<String, String&>& list, const char* level);
+
+private:
+    String m_component;
+};
+
+#endif
