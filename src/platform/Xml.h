@@ -4,18 +4,25 @@
 #include "foundation/String.h"
 #include "foundation/XmlPointers.h"
 
+#include <cstddef>
 #include <string>
 
 namespace aut
 {
 // MSXML in one place. Texts are 8-bit in the ANSI code page outside and wide inside. Where a function is said to
-// raise, a failing HRESULT becomes a thrown `_com_error`; "not found" is never an error.
+// raise, a failing HRESULT becomes a thrown `_com_error`; "not found" is never an error. The calling thread's COM
+// apartment is the caller's business.
 
 /// Creates an empty document with the given class context; the HRESULT is the creation's own.
 HRESULT createXmlDocument(XmlDocumentPtr& document, DWORD classContext);
-/// Loads 8-bit text, decoded as the document's own declaration or byte order mark says (UTF-8 without either). False when it is not well formed.
+/// Switches asynchronous loading off. Raises.
+void setXmlSynchronous(IXMLDOMDocument* document);
+/// Loads 8-bit text of any size, decoded as its byte order mark or declaration says (see XmlDecoding.h for the rule).
+/// False when it is null, contradicts its encoding or is not well formed. With a size, an embedded NUL counts as not
+/// well formed, and UTF-16 can be given; without one the text ends at its NUL.
 bool loadXmlText(IXMLDOMDocument* document, const char* text);
-/// Loads a file synchronously or as the document is set to. False when it is missing or not well formed.
+bool loadXmlText(IXMLDOMDocument* document, const char* text, std::size_t size);
+/// Loads a file, synchronously or as the document is set to. False when it is missing or not well formed.
 bool loadXmlFile(IXMLDOMDocument* document, const char* path);
 
 /// The first node at `path`, null when there is none (or no node). Raises.
@@ -24,6 +31,10 @@ XmlNodePtr selectXmlNode(IXMLDOMNode* node, const char* path);
 XmlNodePtr xmlRoot(IXMLDOMDocument* document);
 /// The node's text content in the ANSI code page; "" for null. Raises.
 String xmlText(IXMLDOMNode* node);
+/// The node's typed value as text; "" for a null node or value. Raises.
+String xmlTypedText(IXMLDOMNode* node);
+/// The node's markup; "" for null. Raises.
+String xmlMarkup(IXMLDOMNode* node);
 /// The node's own name; "" for null. Raises.
 std::string xmlName(IXMLDOMNode* node);
 
@@ -37,10 +48,11 @@ struct XmlParseError
 };
 XmlParseError xmlParseError(IXMLDOMDocument* document);
 
-/// Walks a node's child elements in order, once, handing out each: O(children).
+/// Walks a node's children in order, once, handing out each: O(children).
 class XmlChildren
 {
 public:
+    /// A null parent has no children. Raises.
     explicit XmlChildren(IXMLDOMNode* parent);
     /// The next child node of any kind, null at the end. Raises.
     XmlNodePtr next();

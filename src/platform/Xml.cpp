@@ -1,0 +1,164 @@
+#include "platform/Xml.h"
+
+#include "platform/BoundedText.h"
+#include "platform/ComValues.h"
+#include "platform/XmlDecoding.h"
+
+#include <windows.h>
+
+#include <comdef.h>
+#include <objbase.h>
+
+#include <algorithm>
+#include <cstring>
+#include <string_view>
+#include <utility>
+
+namespace aut
+{
+namespace
+{
+constexpr CLSID kDomDocument = {0x2933BF90, 0x7B36, 0x11D2, {0xB2, 0x0E, 0x00, 0xC0, 0x4F, 0x98, 0x3E, 0x60}};
+
+void raiseIfFailed(HRESULT status)
+{
+    if (FAILED(status))
+        throw _com_error(status);
+}
+
+String ansiFromWide(const UniqueBstr& text)
+{
+    const int length = static_cast<int>(::SysStringLen(text.get()));
+    const int size =
+        length == 0 ? 0 : ::WideCharToMultiByte(CP_ACP, 0, text.get(), length, nullptr, 0, nullptr, nullptr);
+    String ansi;
+    if (size <= 0)
+        return ansi;
+    char* const buffer = ansi.GetBufferSetLength(size);
+    if (buffer != nullptr)
+        ::WideCharToMultiByte(CP_ACP, 0, text.get(), length, buffer, size, nullptr, nullptr);
+    return ansi;
+}
+
+/// What one of a node's text getters returns.
+String nodeText(IXMLDOMNode* node, HRESULT (STDMETHODCALLTYPE IXMLDOMNode::*getter)(BSTR*))
+{
+    if (node == nullptr)
+        return String();
+    UniqueBstr text;
+    raiseIfFailed((node->*getter)(text.put()));
+    return ansiFromWide(text);
+}
+} // namespace
+
+HRESULT createXmlDocument(XmlDocumentPtr& document, DWORD classContext)
+{
+    return ::CoCreateInstance(kDomDocument, nullptr, classContext, IID_IXMLDOMDocument,
+                              reinterpret_cast<void**>(document.ReleaseAndGetAddressOf()));
+}
+
+void setXmlSynchronous(IXMLDOMDocument* document) { raiseIfFailed(document->put_async(VARIANT_FALSE)); }
+
+bool loadXmlText(IXMLDOMDocument* document, const char* text)
+{
+    return loadXmlText(document, text, std::strlen(orEmpty(text)));
+}
+
+bool loadXmlText(IXMLDOMDocument* document, const char* text, std::size_t size)
+{
+    const UniqueBstr wide = decodeXml(text, size);
+    VARIANT_BOOL loaded = VARIANT_FALSE;
+    return document != nullptr && wide && SUCCEEDED(document->loadXML(wide.get(), &loaded)) && loaded != VARIANT_FALSE;
+}
+
+bool loadXmlFile(IXMLDOMDocument* document, const char* path)
+{
+    if (document == nullptr || isEmpty(path))
+        return false;
+    const UniqueVariant source(wideFromAnsi(path));
+    VARIANT_BOOL loaded = VARIANT_FALSE;
+    return SUCCEEDED(document->load(source.get(), &loaded)) && loaded != VARIANT_FALSE;
+}
+
+XmlNodePtr selectXmlNode(IXMLDOMNode* node, const char* path)
+{
+    XmlNodePtr found;
+    if (node == nullptr)
+        return found;
+    const UniqueBstr query = wideFromAnsi(path);
+    raiseIfFailed(node->selectSingleNode(query.get(), found.GetAddressOf()));
+    return found;
+}
+
+XmlNodePtr xmlRoot(IXMLDOMDocument* document)
+{
+    Microsoft::WRL::ComPtr<IXMLDOMElement> root;
+    if (document != nullptr)
+        raiseIfFailed(document->get_documentElement(root.GetAddressOf()));
+    return XmlNodePtr(root.Get());
+}
+
+String xmlText(IXMLDOMNode* node) { return nodeText(node, &IXMLDOMNode::get_text); }
+
+String xmlTypedText(IXMLDOMNode* node)
+{
+    if (node == nullptr)
+        return String();
+    UniqueVariant value;
+    raiseIfFailed(node->get_nodeTypedValue(value.put()));
+    if (value.get().vt == VT_NULL || value.get().vt == VT_EMPTY)
+        return String();
+    raiseIfFailed(value.changeType(VT_BSTR));
+    const UniqueBstr text(::SysAllocStringLen(value.get().bstrVal, ::SysStringLen(value.get().bstrVal)));
+    return ansiFromWide(text);
+}
+
+String xmlMarkup(IXMLDOMNode* node) { return nodeText(node, &IXMLDOMNode::get_xml); }
+
+std::string xmlName(IXMLDOMNode* node)
+{
+    std::string name;
+    UniqueBstr wide;
+    if (node == nullptr)
+        return name;
+    raiseIfFailed(node->get_nodeName(wide.put()));
+    const std::wstring_view view(wide.get(), ::SysStringLen(wide.get()));
+    if (std::any_of(view.begin(), view.end(), [](wchar_t c) { return c > 0x7F; }))
+        return std::string(static_cast<const char*>(ansiFromWide(wide)));
+    name.resize(view.size()); // names are read by the hundred thousand and are ASCII: no detour over the code page
+    std::transform(view.begin(), view.end(), name.begin(), [](wchar_t c) { return static_cast<char>(c); });
+    return name;
+}
+
+XmlParseError xmlParseError(IXMLDOMDocument* document)
+{
+    XmlParseError error;
+    Microsoft::WRL::ComPtr<IXMLDOMParseError> parser;
+    if (document == nullptr || FAILED(document->get_parseError(parser.GetAddressOf())) || parser == nullptr)
+        return error;
+    UniqueBstr reason;
+    parser->get_errorCode(&error.code);
+    parser->get_line(&error.line);
+    parser->get_linepos(&error.column);
+    parser->get_reason(reason.put());
+    error.reason = ansiFromWide(reason);
+    error.reason.TrimRight('\n');
+    error.reason.TrimRight('\r');
+    return error;
+}
+
+XmlChildren::XmlChildren(IXMLDOMNode* parent)
+{
+    if (parent != nullptr)
+        raiseIfFailed(parent->get_firstChild(m_next.GetAddressOf()));
+}
+
+XmlNodePtr XmlChildren::next()
+{
+    XmlNodePtr current = std::move(m_next);
+    m_next.Reset();
+    if (current != nullptr)
+        raiseIfFailed(current->get_nextSibling(m_next.GetAddressOf()));
+    return current;
+}
+} // namespace aut
