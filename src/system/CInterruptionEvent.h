@@ -9,8 +9,8 @@
 
 /// A named, manually resetting event that a thread of this object watches, so that an update can be interrupted.
 ///
-/// The name is used as it is given, without a session prefix. The layout is part of the exported interface; the two
-/// flags that both threads touch are plain integers in it, held as atomics of the same size so that no lock is needed.
+/// The name is used as it is given, without a session prefix. The layout is part of the exported interface; what
+/// both threads touch is held in atomics of the size of plain members, so that no lock is needed.
 /// All members but the flag readers belong to one owner thread, which must not be the watching thread.
 class AUTOOLS_API CInterruptionEvent
 {
@@ -50,7 +50,7 @@ private:
     std::atomic<int> m_raised;
     String m_name;
     std::atomic<int> m_stopRequest;
-    HANDLE m_event;
+    std::atomic<HANDLE> m_event;
     unsigned long m_threadId;
     HANDLE m_thread;
     SECURITY_ATTRIBUTES m_attributes;

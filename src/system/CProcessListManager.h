@@ -6,6 +6,11 @@
 
 #include <windows.h>
 
+namespace aut
+{
+struct ProcessSearch;
+} // namespace aut
+
 /// Lists processes, their modules and owners, and starts programs as a logged-on user, recognised by that user's
 /// "Explorer.exe". Loads PSAPI.DLL and Userenv.dll on first use and keeps them until destroyed.
 ///
@@ -37,6 +42,7 @@ public:
 
 private:
     template <typename T> friend struct aut::LayoutOf;
+    friend struct aut::ProcessSearch;
 
     int Init();
 
