@@ -130,6 +130,21 @@ std::string xmlName(IXMLDOMNode* node)
     return name;
 }
 
+bool isXmlElement(IXMLDOMNode* node)
+{
+    DOMNodeType type = NODE_INVALID;
+    if (node != nullptr)
+        raiseIfFailed(node->get_nodeType(&type));
+    return type == NODE_ELEMENT;
+}
+
+bool validatesOnParse(IXMLDOMDocument* document)
+{
+    VARIANT_BOOL validates = VARIANT_FALSE;
+    raiseIfFailed(document->get_validateOnParse(&validates));
+    return validates != VARIANT_FALSE;
+}
+
 XmlParseError xmlParseError(IXMLDOMDocument* document)
 {
     XmlParseError error;
@@ -160,5 +175,23 @@ XmlNodePtr XmlChildren::next()
     if (current != nullptr)
         raiseIfFailed(current->get_nextSibling(m_next.GetAddressOf()));
     return current;
+}
+
+bool XmlSelection::select(IXMLDOMNode* node, const char* path)
+{
+    m_nodes.Reset();
+    if (node == nullptr)
+        return false;
+    const UniqueBstr query = wideFromAnsi(path);
+    raiseIfFailed(node->selectNodes(query.get(), m_nodes.GetAddressOf()));
+    return m_nodes != nullptr;
+}
+
+XmlNodePtr XmlSelection::next()
+{
+    XmlNodePtr node;
+    if (m_nodes != nullptr)
+        raiseIfFailed(m_nodes->nextNode(node.GetAddressOf()));
+    return node;
 }
 } // namespace aut

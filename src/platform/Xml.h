@@ -37,6 +37,10 @@ String xmlTypedText(IXMLDOMNode* node);
 String xmlMarkup(IXMLDOMNode* node);
 /// The node's own name; "" for null. Raises.
 std::string xmlName(IXMLDOMNode* node);
+/// Whether the node is an element: not text, a comment or a processing instruction. False for null. Raises.
+bool isXmlElement(IXMLDOMNode* node);
+/// The document's setting that it validates while parsing. Raises.
+bool validatesOnParse(IXMLDOMDocument* document);
 
 /// What the parser said about the last load.
 struct XmlParseError
@@ -59,6 +63,19 @@ public:
 
 private:
     XmlNodePtr m_next;
+};
+
+/// The nodes at a path, handed out one after another in document order.
+class XmlSelection
+{
+public:
+    /// False when there is no list of nodes at all; an empty list is one. Raises.
+    bool select(IXMLDOMNode* node, const char* path);
+    /// The next node, null at the end. Raises.
+    XmlNodePtr next();
+
+private:
+    Microsoft::WRL::ComPtr<IXMLDOMNodeList> m_nodes;
 };
 } // namespace aut
 

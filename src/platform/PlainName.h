@@ -1,0 +1,14 @@
+#ifndef AUTOOLS_PLATFORM_PLAINNAME_H
+#define AUTOOLS_PLATFORM_PLAINNAME_H
+
+#include <cstring>
+
+namespace aut
+{
+/// Whether a name that came from outside stays one element when it is put into a file or registry path: without a
+/// separator of either kind it cannot climb out of the folder or key, and without a colon it names neither a drive
+/// nor a file's second stream.
+inline bool isPlainName(const char* name) noexcept { return std::strpbrk(name, "\\/:") == nullptr; }
+} // namespace aut
+
+#endif
