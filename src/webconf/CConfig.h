@@ -12,7 +12,10 @@
 /// The kernel configuration document "AUKernelData.xml" in memory. The values are plainly readable members, in the
 /// order that is part of the exported interface; the lists own their elements and copies are deep.
 ///
-/// A failing XML call raises `_com_error`; a missing file or element does not.
+/// A failing XML call raises `_com_error`; a missing file or element does not. The calling thread must have entered a
+/// COM apartment. A missing element clears its member, whatever the constructor gave it; only PacketSize and Wait then
+/// fall back to 1200 and 400.
+/// Numbers are read as atoi reads them, from the first 63 characters; texts are cut at 259 characters.
 class AUTOOLS_API CConfig
 {
 public:
