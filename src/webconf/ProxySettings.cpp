@@ -1,0 +1,119 @@
+#include "webconf/ProxySettings.h"
+
+#include "foundation/EventLog.h"
+#include "foundation/String.h"
+#include "platform/BoundedText.h"
+#include "platform/UniqueResource.h"
+#include "system/UserProcesses.h"
+#include "webconf/Network.h"
+
+#include <windows.h>
+
+#include <wininet.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <memory>
+#include <new>
+
+namespace
+{
+constexpr std::size_t kCallerBufferSize = 2048;
+
+/// Works in the name of the logged-on user until the end of the block, then in whosever name it was before.
+class AsLoggedOnUser
+{
+public:
+    AsLoggedOnUser()
+    {
+        ::OpenThreadToken(::GetCurrentThread(), TOKEN_IMPERSONATE, TRUE, m_before.put());
+        ImpersonateUser();
+    }
+    AsLoggedOnUser(const AsLoggedOnUser&) = delete;
+    AsLoggedOnUser& operator=(const AsLoggedOnUser&) = delete;
+    ~AsLoggedOnUser()
+    {
+        ::RevertToSelf();
+        if (m_before)
+            ::SetThreadToken(nullptr, m_before.get());
+        ::RegCloseKey(HKEY_CURRENT_USER); // cached by the process: without this it would stay the other user's hive
+    }
+
+private:
+    aut::UniqueHandle m_before;
+};
+
+struct FreeMemory
+{
+    void operator()(void* memory) const { std::free(memory); }
+};
+
+/// Texts of the option's record may be null.
+std::string textOf(const void* text) { return aut::orEmpty(static_cast<const char*>(text)); }
+
+bool querySettings(char* proxy, char* bypass)
+{
+    DWORD size = 0;
+    ::InternetQueryOptionA(nullptr, INTERNET_OPTION_PROXY, nullptr, &size);
+    if (size == 0)
+    {
+        Log(1, "No Proxy settings to query.");
+        return true;
+    }
+    const std::unique_ptr<void, FreeMemory> option(
+        std::calloc(1, std::max<std::size_t>(size, sizeof(INTERNET_PROXY_INFO))));
+    if (option == nullptr)
+    {
+        Log(2, "DetectProxySettings Memory Failure");
+        return false;
+    }
+    if (!::InternetQueryOptionA(nullptr, INTERNET_OPTION_PROXY, option.get(), &size))
+    {
+        Log(1, "Unable to detect Proxy settings.");
+        return false;
+    }
+    const auto* const info = static_cast<const INTERNET_PROXY_INFO*>(option.get());
+    const std::string proxyList = textOf(info->lpszProxy);
+    aut::copyText(proxy, kCallerBufferSize, aut::httpProxyOf(proxyList).c_str());
+    aut::copyText(bypass, kCallerBufferSize, aut::bypassOf(textOf(info->lpszProxyBypass), proxyList).c_str());
+    return true;
+}
+} // namespace
+
+std::string aut::httpProxyOf(const std::string& proxyList)
+{
+    constexpr char kScheme[] = "http=";
+    const char* const entry = stristr(proxyList.c_str(), kScheme);
+    if (entry == nullptr)
+        return proxyList;
+    const std::string address(entry + sizeof kScheme - 1);
+    return address.substr(0, address.find(' '));
+}
+
+std::string aut::bypassOf(const std::string& bypassList, const std::string& proxyList)
+{
+    std::string bypass(bypassList);
+    const std::string repeated = proxyList + ' ';
+    // Without a proxy list only a blank would be left to remove, and the entries would run into each other.
+    if (!proxyList.empty())
+        for (std::size_t at = bypass.find(repeated); at != std::string::npos; at = bypass.find(repeated, at))
+            bypass.erase(at, repeated.size());
+    std::replace(bypass.begin(), bypass.end(), ' ', ';');
+    return bypass;
+}
+
+bool DetectProxySettings(char* proxy, char* bypass)
+try
+{
+    if (proxy == nullptr || bypass == nullptr)
+        return false;
+    proxy[0] = '\0';
+    bypass[0] = '\0';
+    const AsLoggedOnUser impersonation;
+    return querySettings(proxy, bypass);
+}
+catch (const std::bad_alloc&)
+{
+    Log(2, "DetectProxySettings Memory Failure");
+    return false;
+}
