@@ -37,7 +37,8 @@ public:
     int Open(unsigned int flags);
     /// Bytes read, 0 on failure.
     unsigned long Read(void* buffer, int count);
-    bool Write(const void* data, int count);
+    /// `data` is only read.
+    bool Write(void* data, int count);
     /// Writes text with a carriage return before every line feed, also where one is already there.
     bool Write(const char* text);
     /// Reads up to a NUL, a line feed or a carriage return (consumed, not stored) or 1,024 characters into a buffer of
