@@ -46,6 +46,7 @@ protected:
     /// The action words are INSTALL, REMOVE, FORCEREINSTALL and DISABLE in any case; any other word keeps the action.
     void InitValues(long id, const char* name, const char* version, const char* build, const char* language,
                     const char* actionWord, int enabled);
+    void UpdateFullVersion();
 
     long m_id;
     char m_name[260];

@@ -61,6 +61,12 @@ protected:
     /// Writes the version folder into `outPath` (260 bytes); true when it holds a file named FromMSI.
     bool IsFromMSIComponent(char* outPath);
 
+private:
+    void InitOwnValues(const char* sourceLocation);
+    /// Writes the folder of this version into a buffer of 260 bytes; false when it does not fit.
+    bool VersionFolder(const char* componentRoot, char* folder) const;
+
+protected:
     unsigned __int64 m_mapFile;
     CComponentAttachment* m_attachment; ///< owned, deleted with the map file
     int m_reserved;

@@ -61,6 +61,15 @@ protected:
 
     void DeleteComponentList();
 
+private:
+    void InitOwnValues(const char* marketingName, const char* technicalName, int hoursStart, int hoursEnd, bool pending,
+                       bool flagA, bool flagB);
+    /// Takes the component over; false, and deletes it, when memory runs out.
+    bool AppendComponent(CComponent* component);
+    bool ReadOwnValues(std::ifstream& stream, int& count);
+    bool ReadComponents(std::ifstream& stream, int count);
+
+protected:
     RT_List<CComponent*, CComponent*> m_components;
     __int64 m_activationDate;
     int m_preInstallOnly;

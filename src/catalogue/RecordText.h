@@ -1,0 +1,32 @@
+#ifndef AUTOOLS_CATALOGUE_RECORDTEXT_H
+#define AUTOOLS_CATALOGUE_RECORDTEXT_H
+
+#include <cstddef>
+#include <iosfwd>
+#include <string>
+
+namespace aut
+{
+// The words of the catalogue's stream records. White space of any kind separates them; a line feed means nothing more.
+// All but `isBroken` may throw: the records catch it.
+//
+// The end of the stream belongs to the format: the records test it where it matters, and a number read behind it keeps
+// its value. What can be no record at all (another word where a number stands, a number or a word that is too long)
+// breaks the stream, and a record that meets a broken stream fails: reading on would take one field's text for the
+// next one's.
+
+/// Whether the stream was never readable or has met something that can be no record.
+bool isBroken(const std::istream& stream);
+
+/// Reads one whole word; one of more than `maxChars` characters breaks the stream. "" behind the end.
+std::string readWord(std::istream& stream, std::size_t maxChars);
+/// The text of a word; for an optional text the word "~" means "".
+std::string textOfWord(const std::string& word);
+std::string textOfOptionalWord(const std::string& word);
+
+/// The word for a text; an optional text that is empty becomes "~".
+std::string wordOf(const char* text);
+std::string optionalWordOf(const char* text);
+} // namespace aut
+
+#endif
