@@ -14,6 +14,10 @@ if(AUTOOLS_COMPILER STREQUAL "clang")
   find_program(_clang NAMES clang++-14 clang++ REQUIRED)
   set(CMAKE_CXX_COMPILER ${_clang})
   set(CMAKE_CXX_COMPILER_TARGET x86_64-w64-windows-gnu)
+  # GoogleTest's own build file asks for a C compiler.
+  find_program(_clangC NAMES clang-14 clang REQUIRED)
+  set(CMAKE_C_COMPILER ${_clangC})
+  set(CMAKE_C_COMPILER_TARGET x86_64-w64-windows-gnu)
   set(CMAKE_AR ${_triple}-ar CACHE FILEPATH "")
   set(CMAKE_RANLIB ${_triple}-ranlib CACHE FILEPATH "")
   set(CMAKE_CXX_FLAGS_INIT "-nostdinc++ -isystem ${AUTOOLS_GCC_DIR}/include/c++ -isystem ${AUTOOLS_GCC_DIR}/include/c++/${_triple} -isystem ${AUTOOLS_GCC_DIR}/include/c++/backward")
@@ -22,6 +26,7 @@ if(AUTOOLS_COMPILER STREQUAL "clang")
   endforeach()
 else()
   set(CMAKE_CXX_COMPILER ${_triple}-g++-posix)
+  set(CMAKE_C_COMPILER ${_triple}-gcc-posix) # GoogleTest's own build file asks for one
 endif()
 
 set(CMAKE_FIND_ROOT_PATH /usr/${_triple})
