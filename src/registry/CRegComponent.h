@@ -9,6 +9,7 @@ class AUTOOLS_API CRegComponent : public CRegBase
 {
 public:
     explicit CRegComponent(bool readOnly);
+    /// A null or empty name opens the root.
     CRegComponent(const char* component, bool readOnly);
 
     /// How many levels are kept; stored on the root key. 0 when missing.
@@ -20,18 +21,22 @@ public:
     /// The products that have an entry under this component, "Shared" left out; false on the root object.
     bool GetProductList(RT_List<String, String&>& list);
 
-    /// Reads the levels, separated by "," or ";"; false on the root object.
+    /// Reads the levels, separated by "," or ";"; false on the root object. A text above 259 characters reads as none.
     bool GetMostRecentLevels(RT_List<String, String&>& list);
     /// Writes the first levels up to the maximum (20 when none is set) and those beyond it that a product still uses;
-    /// appends the folder of every dropped level to `removedDirs`, for the caller to delete.
+    /// appends the folder of every dropped level to `removedDirs`, for the caller to delete. A dropped level that is no
+    /// plain folder name has no folder. Does nothing on the root object, or when the products cannot be read.
     void SetMostRecentLevels(RT_List<String, String&>& levels, RT_List<String, String&>& removedDirs);
-    /// Puts `level` first.
+    /// Puts `level` first. An empty one is ignored.
     void InsertMostRecentLevel(const char* level, RT_List<String, String&>& removedDirs);
 
 protected:
     bool DeleteMostRecentLevelFromList(RT_List<String, String&>& list, const char* level);
 
 private:
+    /// The levels that the component's products use; false when that cannot be found out.
+    bool GetUsedLevels(RT_List<String, String&>& used);
+
     String m_component;
 };
 

@@ -11,6 +11,7 @@ class AUTOOLS_API CRegProduct : public CRegBase
 {
 public:
     explicit CRegProduct(bool readOnly);
+    /// A null or empty name opens the root.
     CRegProduct(const char* product, bool readOnly);
 
     const char* GetVersion();
@@ -40,6 +41,9 @@ public:
     bool GetProductList(RT_List<String, String&>& list);
 
 private:
+    const char* TextOfProduct(const char* name);
+    void SetTextOfProduct(const char* name, const char* text);
+
     String m_product;
 };
 

@@ -10,6 +10,7 @@ public:
     /// With `followShared` an entry that is marked shared is replaced by the common one.
     CRegProductForComponent(const char* component, const char* product, bool readOnly, bool followShared);
 
+    /// As read at construction, then as `Share` and `UnShare` leave it.
     bool IsShared();
     const char* GetComponentVersion();
     void SetComponentVersion(const char* text);
@@ -19,16 +20,26 @@ public:
     void SetPath(const char* text);
     const char* GetLanguage();
     void SetLanguage(const char* text);
+    /// False, and the setters do nothing, when the product name is empty.
     bool IsEnabled();
     void Enable();
     void Disable();
 
-    /// Moves the entry to the common one, or joins that; true when done or when there was nothing to do.
+    /// The component's only product moves its entry to a new common one. One of several joins the common entry when its
+    /// own has no version yet, or when another product shares what lies at the same path. Otherwise nothing is done. On
+    /// success the accessors work on the common entry. False when an entry cannot be opened for writing.
     bool Share();
-    /// Takes the common entry's data back; the common entry goes with its last product.
+    /// Takes the common entry's data back into the product's own; the common entry goes with its last product. False
+    /// when an entry cannot be opened for writing.
     bool UnShare();
 
 private:
+    struct EntryData;
+    bool ShareAsFirst(const EntryData& data);
+    bool IsSharedByOther(RT_List<String, String&>& products, const String& path);
+    bool JoinShared();
+    bool OpenCommonEntry();
+
     bool m_shared;
     String m_component;
     String m_product;

@@ -1,0 +1,144 @@
+#include "registry/CRegComponent.h"
+
+#include "platform/BoundedText.h"
+#include "registry/CRegAutoUpdate.h"
+#include "registry/CRegProductForComponent.h"
+#include "registry/TypedValues.h"
+
+#include <cstring>
+
+namespace
+{
+constexpr char kMaxLevels[] = "Max_Levels";
+constexpr char kMostRecentLevels[] = "Most_Recent_levels";
+constexpr unsigned long kDefaultMaxLevels = 20;
+
+/// What a product uses of a component, as a level: version, or version and language.
+String levelOf(CRegProductForComponent& entry)
+{
+    String level(entry.GetComponentVersion());
+    const String language(entry.GetLanguage());
+    if (!language.IsEmpty())
+    {
+        level += '_';
+        level += language;
+    }
+    return level;
+}
+
+/// Levels come with product lists and name folders to delete: what is not a plain name leads out of our folder.
+bool isFolderName(const char* level)
+{
+    return !aut::isEmpty(level) && std::strpbrk(level, "\\/:") == nullptr && std::strcmp(level, ".") != 0 &&
+           std::strcmp(level, "..") != 0;
+}
+} // namespace
+
+CRegComponent::CRegComponent(bool readOnly) : CRegComponent(nullptr, readOnly) {}
+
+CRegComponent::CRegComponent(const char* component, bool readOnly)
+    : CRegBase(aut::entryPath(aut::kComponentsKey, component), readOnly), m_component(component)
+{
+}
+
+unsigned long CRegComponent::GetMaxLevels()
+{
+    return m_component.IsEmpty() ? aut::readNumber(*this, kMaxLevels) : CRegComponent(false).GetMaxLevels();
+}
+
+void CRegComponent::SetMaxLevels(unsigned long n)
+{
+    if (m_component.IsEmpty())
+        SetValue(kMaxLevels, n);
+    else
+        CRegComponent(false).SetMaxLevels(n);
+}
+
+bool CRegComponent::GetComponentList(RT_List<String, String&>& list)
+{
+    return m_component.IsEmpty() ? GetSubKeys(list) : CRegComponent(false).GetSubKeys(list);
+}
+
+bool CRegComponent::GetProductList(RT_List<String, String&>& list)
+{
+    if (m_component.IsEmpty() || !GetSubKeys(list))
+        return false;
+    aut::removeFrom(list, aut::kSharedEntry);
+    return true;
+}
+
+bool CRegComponent::GetMostRecentLevels(RT_List<String, String&>& list)
+{
+    if (m_component.IsEmpty())
+        return false;
+    const String text(aut::readText(*this, m_value, kMostRecentLevels));
+    list.RemoveAll();
+    for (const char* rest = text; *rest != '\0';)
+    {
+        const int length = static_cast<int>(std::strcspn(rest, ",;"));
+        if (length > 0 && !aut::appendTo(list, String(rest).Left(length)))
+            return false;
+        rest += rest[length] != '\0' ? length + 1 : length;
+    }
+    return true;
+}
+
+void CRegComponent::SetMostRecentLevels(RT_List<String, String&>& levels, RT_List<String, String&>& removedDirs)
+{
+    RT_List<String, String&> used;
+    if (m_component.IsEmpty() || !GetUsedLevels(used))
+        return;
+    unsigned long max = GetMaxLevels();
+    if (max < 1)
+        max = kDefaultMaxLevels;
+
+    String kept;
+    RT_List<String, String&> dropped;
+    unsigned long number = 0;
+    for (POSITION pos = levels.GetHeadPosition(); pos != nullptr;)
+    {
+        const String& level = levels.GetNext(pos);
+        if (number++ < max || aut::contains(used, level))
+            kept += (kept.IsEmpty() ? String() : String(',')) + level;
+        else if (isFolderName(level) && !aut::appendTo(dropped, level))
+            return; // before anything is written: what is not listed any more would never be deleted
+    }
+    SetValue(kMostRecentLevels, kept);
+
+    CRegAutoUpdate autoUpdate(true);
+    const String folder = String(autoUpdate.GetComponentPath()) + "\\" + m_component + "\\";
+    for (POSITION pos = dropped.GetHeadPosition(); pos != nullptr;)
+        aut::appendTo(removedDirs, folder + dropped.GetNext(pos));
+}
+
+void CRegComponent::InsertMostRecentLevel(const char* level, RT_List<String, String&>& removedDirs)
+{
+    RT_List<String, String&> levels;
+    if (aut::isEmpty(level) || !GetMostRecentLevels(levels))
+        return;
+    const bool wasThere = DeleteMostRecentLevelFromList(levels, level);
+    if (wasThere && levels.IsEmpty())
+        return; // it is the only one already
+    if (aut::prependTo(levels, level))
+        SetMostRecentLevels(levels, removedDirs);
+}
+
+bool CRegComponent::DeleteMostRecentLevelFromList(RT_List<String, String&>& list, const char* level)
+{
+    return aut::removeFrom(list, level);
+}
+
+bool CRegComponent::GetUsedLevels(RT_List<String, String&>& used)
+{
+    // A key that does not exist yet has no products; of one that cannot be read nothing is known.
+    RT_List<String, String&> products;
+    if (!GetProductList(products) && m_key != nullptr)
+        return false;
+    for (POSITION pos = products.GetHeadPosition(); pos != nullptr;)
+    {
+        CRegProductForComponent entry(m_component, products.GetNext(pos), true, true);
+        if (!aut::appendTo(used, levelOf(entry)))
+            return false;
+    }
+    return true;
+}

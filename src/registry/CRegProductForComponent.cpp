@@ -1,0 +1,170 @@
+#include "registry/CRegProductForComponent.h"
+
+#include "registry/CRegComponent.h"
+#include "registry/TypedValues.h"
+
+namespace
+{
+constexpr char kShared[] = "Shared";
+constexpr char kVersion[] = "ComponentVersion";
+constexpr char kPath[] = "Path";
+constexpr char kLanguage[] = "Language";
+constexpr char kEnable[] = "Enable";
+
+String entryOf(const char* component, const char* product)
+{
+    return String(aut::kComponentsKey) + "\\" + component + "\\" + product;
+}
+
+void writeUnlessEmpty(CRegBase& key, const char* name, const String& text)
+{
+    if (!text.IsEmpty())
+        key.SetValue(name, text);
+}
+} // namespace
+
+/// What moves between a product's own entry and the common one.
+struct CRegProductForComponent::EntryData
+{
+    /// An entry of no product counts as not enabled.
+    EntryData(CRegBase& entry, bool ofProduct) : enabled(ofProduct && aut::readFlag(entry, kEnable))
+    {
+        char buffer[260];
+        path = aut::readText(entry, buffer, kPath);
+        language = aut::readText(entry, buffer, kLanguage);
+        version = aut::readText(entry, buffer, kVersion);
+    }
+
+    void writeTo(CRegBase& entry) const
+    {
+        writeUnlessEmpty(entry, kPath, path);
+        writeUnlessEmpty(entry, kLanguage, language);
+        writeUnlessEmpty(entry, kVersion, version);
+        if (enabled)
+            aut::writeFlag(entry, kEnable, true);
+    }
+
+    bool enabled;
+    String path;
+    String language;
+    String version;
+};
+
+CRegProductForComponent::CRegProductForComponent(const char* component, const char* product, bool readOnly,
+                                                 bool followShared)
+    : CRegBase(entryOf(component, product), readOnly), m_shared(aut::readFlag(*this, kShared)), m_component(component),
+      m_product(product)
+{
+    if (m_shared && followShared)
+        Open(entryOf(m_component, aut::kSharedEntry), aut::accessFor(readOnly));
+}
+
+// clang-format off
+bool CRegProductForComponent::IsShared() { return m_shared; }
+const char* CRegProductForComponent::GetComponentVersion() { return aut::readText(*this, m_value, kVersion); }
+void CRegProductForComponent::SetComponentVersion(const char* text) { SetValue(kVersion, text); }
+const char* CRegProductForComponent::GetPath() { return aut::readText(*this, m_value, kPath); }
+void CRegProductForComponent::SetPath(const char* text) { SetValue(kPath, text); }
+const char* CRegProductForComponent::GetLanguage() { return aut::readText(*this, m_value, kLanguage); }
+void CRegProductForComponent::SetLanguage(const char* text) { SetValue(kLanguage, text); }
+// clang-format on
+
+void CRegProductForComponent::GetBuildAndVersion(char* version, char* build)
+{
+    aut::splitBuildAndVersion(GetComponentVersion(), version, build);
+}
+
+bool CRegProductForComponent::IsEnabled() { return !m_product.IsEmpty() && aut::readFlag(*this, kEnable); }
+
+void CRegProductForComponent::Enable()
+{
+    if (!m_product.IsEmpty())
+        aut::writeFlag(*this, kEnable, true);
+}
+
+void CRegProductForComponent::Disable()
+{
+    if (!m_product.IsEmpty())
+        aut::writeFlag(*this, kEnable, false);
+}
+
+bool CRegProductForComponent::Share()
+{
+    if (m_shared)
+        return true;
+    if (!ReopenForWriting() || m_key == nullptr)
+        return false;
+    const EntryData data(*this, !m_product.IsEmpty());
+    RT_List<String, String&> products;
+    CRegComponent(m_component, true).GetProductList(products);
+
+    if (products.GetCount() == 1)
+        return !aut::contains(products, m_product) || ShareAsFirst(data);
+    if (products.GetCount() > 1 && (data.version.IsEmpty() || IsSharedByOther(products, data.path)))
+        return JoinShared();
+    return true;
+}
+
+/// Moves the only product's entry into a new common one.
+bool CRegProductForComponent::ShareAsFirst(const EntryData& data)
+{
+    DeleteValue(kPath);
+    aut::writeFlag(*this, kShared, true);
+    m_shared = true;
+    if (!OpenCommonEntry())
+        return false;
+    aut::writeFlag(*this, kShared, true);
+    data.writeTo(*this);
+    return true;
+}
+
+/// Whether another of the products shares what lies at `path`.
+bool CRegProductForComponent::IsSharedByOther(RT_List<String, String&>& products, const String& path)
+{
+    for (POSITION pos = products.GetHeadPosition(); pos != nullptr;)
+    {
+        const String& name = products.GetNext(pos);
+        if (name == m_product)
+            continue;
+        CRegProductForComponent other(m_component, name, true, true);
+        if (other.IsShared() && !path.IsEmpty() && path == other.GetPath())
+            return true;
+    }
+    return false;
+}
+
+bool CRegProductForComponent::JoinShared()
+{
+    aut::writeFlag(*this, kShared, true);
+    m_shared = true;
+    return OpenCommonEntry();
+}
+
+bool CRegProductForComponent::UnShare()
+{
+    if (!m_shared)
+        return true;
+    if (!ReopenForWriting() || m_key == nullptr)
+        return false;
+    CRegBase common(entryOf(m_component, aut::kSharedEntry), true);
+    const EntryData data(common, !m_product.IsEmpty());
+    RT_List<String, String&> products;
+    CRegComponent(m_component, true).GetProductList(products);
+    if (products.IsEmpty())
+        return true;
+
+    // The number of product entries is the share count: the last one takes the common entry with it.
+    if (products.GetCount() == 1)
+        common.DeleteKey();
+    if (!Open(entryOf(m_component, m_product), aut::kReadWriteAccess))
+        return false;
+    DeleteValue(kShared);
+    m_shared = false;
+    data.writeTo(*this);
+    return true;
+}
+
+bool CRegProductForComponent::OpenCommonEntry()
+{
+    return Open(entryOf(m_component, aut::kSharedEntry), aut::kReadWriteAccess);
+}
