@@ -1,0 +1,74 @@
+#include "foundation/CVersion.h"
+
+#include "foundation/NumberScan.h"
+
+#include <algorithm>
+#include <new>
+
+using aut::scanCharacter;
+using aut::scanLiteral;
+using aut::scanNumber;
+
+CVersion::CVersion() : m_count(kPartCount), m_full(0), m_short(0) {}
+
+CVersion::~CVersion() = default;
+
+bool CVersion::parse(const char* text)
+{
+    if (!m_parts)
+        m_parts.reset(new (std::nothrow) int[kPartCount]);
+    clear();
+    if (text == nullptr || !m_parts)
+        return false;
+    m_full = scanFull(text) == 7;
+    if (m_full)
+        return true;
+    const int items = scanShort(text);
+    m_short = items == 4;
+    if (items == 4 || items == 5)
+        return true;
+    clear();
+    return false;
+}
+
+/// scanf's "%d.%d%c%d%c%d.%d": how many items were read.
+int CVersion::scanFull(const char* text)
+{
+    int* const part = m_parts.get();
+    if (!scanNumber(text, part[0]))
+        return 0;
+    if (!scanLiteral(text, '.') || !scanNumber(text, part[1]))
+        return 1;
+    if (!scanCharacter(text, part[2]))
+        return 2;
+    if (!scanNumber(text, part[3]))
+        return 3;
+    if (!scanCharacter(text, part[4]))
+        return 4;
+    if (!scanNumber(text, part[5]))
+        return 5;
+    return scanLiteral(text, '.') && scanNumber(text, part[6]) ? 7 : 6;
+}
+
+/// scanf's "%d.%d%c%d.%d_": how many items were read.
+int CVersion::scanShort(const char* text)
+{
+    int* const part = m_parts.get();
+    if (!scanNumber(text, part[0]))
+        return 0;
+    if (!scanLiteral(text, '.') || !scanNumber(text, part[1]))
+        return 1;
+    if (!scanCharacter(text, part[2]))
+        return 2;
+    if (!scanNumber(text, part[3]))
+        return 3;
+    return scanLiteral(text, '.') && scanNumber(text, part[4]) ? 5 : 4;
+}
+
+void CVersion::clear()
+{
+    m_full = 0;
+    m_short = 0;
+    if (m_parts)
+        std::fill_n(m_parts.get(), kPartCount, 0);
+}

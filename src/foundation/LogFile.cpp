@@ -1,0 +1,115 @@
+#include "foundation/LogFile.h"
+
+#include <algorithm>
+#include <cstring>
+#include <string_view>
+
+namespace aut
+{
+namespace
+{
+constexpr DWORD kRetryEveryMs = 1;
+constexpr std::size_t kTailBytes = 64; ///< enough for the closing tag and some blank lines behind it
+
+bool isHeldByAnother(DWORD error) { return error == ERROR_SHARING_VIOLATION || error == ERROR_LOCK_VIOLATION; }
+} // namespace
+
+/// The end of the file and where the next event goes.
+struct LogFile::Tail
+{
+    std::uint64_t fileSize = 0;
+    std::uint64_t start = 0; ///< offset of `bytes` in the file
+    char bytes[kTailBytes] = {};
+    std::size_t length = 0;
+    std::uint64_t insertAt = 0;
+    bool endsInLine = false; ///< the last line has no end of its own
+};
+
+bool LogFile::open(const char* path, unsigned int patienceMs)
+{
+    const ULONGLONG start = ::GetTickCount64();
+    for (;;)
+    {
+        const DWORD error = tryOpen(path);
+        if (!isHeldByAnother(error) || ::GetTickCount64() - start >= patienceMs)
+            return error == ERROR_SUCCESS;
+        ::Sleep(kRetryEveryMs);
+    }
+}
+
+DWORD LogFile::tryOpen(const char* path)
+{
+    // Other writers are kept out; readers never, nor a process that moves the file aside as an archive. Opening or
+    // creating in one step leaves no moment in which two processes could both find the file missing.
+    m_file.reset(::CreateFileA(path, GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_DELETE, nullptr,
+                               OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
+    return m_file ? ERROR_SUCCESS : ::GetLastError();
+}
+
+std::uint64_t LogFile::size() const
+{
+    LARGE_INTEGER bytes{};
+    return ::GetFileSizeEx(m_file.get(), &bytes) != FALSE ? static_cast<std::uint64_t>(bytes.QuadPart) : 0;
+}
+
+bool LogFile::insert(std::string lines)
+{
+    const Tail tail = readTail();
+    if (tail.endsInLine)
+        lines.insert(0, "\r\n");
+    lines += kLogClosingTag;
+    if (writeAt(tail.insertAt, lines.data(), lines.size()))
+        return true;
+    restore(tail);
+    return false;
+}
+
+LogFile::Tail LogFile::readTail() const
+{
+    Tail tail;
+    tail.fileSize = size();
+    tail.start = tail.fileSize - std::min<std::uint64_t>(tail.fileSize, kTailBytes);
+    tail.insertAt = tail.fileSize;
+    OVERLAPPED at{};
+    at.Offset = static_cast<DWORD>(tail.start);
+    at.OffsetHigh = static_cast<DWORD>(tail.start >> 32);
+    DWORD read = 0;
+    if (tail.fileSize == 0 || ::ReadFile(m_file.get(), tail.bytes, kTailBytes, &read, &at) == FALSE || read == 0)
+        return tail;
+    tail.length = read;
+
+    // Normally the tag is the last 18 bytes. A file that passed through an editor may end in other line ends. One that
+    // does not end in the tag at all was cut off: the event then goes behind everything, on a line of its own,
+    // because whatever stands there is someone's event and is never overwritten.
+    const std::string_view bytes(tail.bytes, tail.length);
+    const std::string_view tag(kLogClosingTag, std::strlen(kLogClosingTag) - 2);
+    const std::size_t tagAt = bytes.rfind(tag);
+    const bool endsInTag = tagAt != std::string_view::npos &&
+                           bytes.find_first_not_of(" \t\r\n", tagAt + tag.size()) == std::string_view::npos;
+    if (endsInTag)
+        tail.insertAt = tail.start + tagAt;
+    else
+        tail.endsInLine = bytes.back() != '\n';
+    return tail;
+}
+
+bool LogFile::writeAt(std::uint64_t offset, const char* data, std::size_t length)
+{
+    OVERLAPPED at{};
+    at.Offset = static_cast<DWORD>(offset);
+    at.OffsetHigh = static_cast<DWORD>(offset >> 32);
+    DWORD written = 0;
+    return ::WriteFile(m_file.get(), data, static_cast<DWORD>(length), &written, &at) != FALSE && written == length;
+}
+
+void LogFile::restore(const Tail& tail)
+{
+    // Overwriting what is already there needs no new room on the disk.
+    if (tail.length > 0)
+        writeAt(tail.start, tail.bytes, tail.length);
+    LARGE_INTEGER end{};
+    end.QuadPart = static_cast<LONGLONG>(tail.fileSize);
+    if (::SetFilePointerEx(m_file.get(), end, nullptr, FILE_BEGIN) != FALSE)
+        ::SetEndOfFile(m_file.get());
+}
+} // namespace aut
