@@ -63,7 +63,8 @@ protected:
 
 private:
     void InitOwnValues(const char* sourceLocation);
-    /// Writes the folder of this version into a buffer of 260 bytes; false when it does not fit.
+    /// Writes the folder of this version into a buffer of 260 bytes; false when it does not fit or would lead out of
+    /// the root.
     bool VersionFolder(const char* componentRoot, char* folder) const;
 
 protected:

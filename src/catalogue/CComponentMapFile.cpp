@@ -2,7 +2,9 @@
 
 #include "catalogue/MapFileLibrary.h"
 #include "fileops/RT_File.h"
+#include "foundation/EventLog.h"
 #include "platform/BoundedText.h"
+#include "platform/PlainName.h"
 #include "registry/CRegAutoUpdate.h"
 
 namespace
@@ -13,6 +15,13 @@ using Lock = std::lock_guard<std::recursive_mutex>;
 
 bool CComponent::VersionFolder(const char* componentRoot, char* folder) const
 {
+    folder[0] = '\0';
+    if (!aut::isPlainName(m_name) || !aut::isPlainName(m_fullVersion))
+    {
+        // Both came from the server, and a map file says where files are to be put.
+        Log(2, "CComponent::LoadMapFile - component %s %s refused: no folder of its own", m_name, m_fullVersion);
+        return false;
+    }
     if (componentRoot != nullptr)
         return aut::formatText(folder, kPathSize, "%s\\%s\\%s", componentRoot, m_name, m_fullVersion);
     CRegAutoUpdate client(true);
@@ -79,5 +88,5 @@ char* CComponent::GetMapFileParam(const char* name, char* out)
 
 bool CComponent::IsFromMSIComponent(char* outPath)
 {
-    return VersionFolder(nullptr, outPath) && RT_File(outPath, "FromMSI").IsFileExisting(outPath);
+    return outPath != nullptr && VersionFolder(nullptr, outPath) && RT_File(outPath, "FromMSI").IsFileExisting(outPath);
 }
