@@ -35,7 +35,7 @@ const String& ChildTexts::operator[](const char* name) const
     for (const Field& field : m_fields)
         if (std::strcmp(field.name, name) == 0)
             return field.text;
-    assert(!"a name that was not asked for");
+    assert(false && "a name that was not asked for");
     static const String kNone;
     return kNone;
 }
