@@ -13,7 +13,7 @@ namespace
 std::string stored(RT_RESULT& record)
 {
     auttest::TestFolder folder;
-    const std::string path = folder.file("stream");
+    const std::string path = folder / "stream";
     {
         std::ofstream out(path, std::ios::binary);
         EXPECT_EQ(1, record.Serialize(out));
@@ -24,8 +24,8 @@ std::string stored(RT_RESULT& record)
 int readBack(RT_RESULT& record, const std::string& text)
 {
     auttest::TestFolder folder;
-    auttest::writeFile(folder.file("stream"), text);
-    std::ifstream in(folder.file("stream"), std::ios::binary);
+    auttest::writeFile(folder / "stream", text);
+    std::ifstream in(folder / "stream", std::ios::binary);
     return record.Serialize(in);
 }
 
@@ -218,8 +218,9 @@ TEST(RT_RESULT, PercentSignsInTheActionAreInterpretedAndHarmless)
                                 {"%d left", " left one two "},
                                 {"%4s|%-4s|%.1s", "   o|one |t   "},
                                 {"%999999999s", nullptr},
-                                {"50%", "50% o one two"},
-                                {"%", "% o one two"}})
+                                {"50%", "50%s o one"},
+                                {"%", "%s o one"},
+                                {"%y", "%y o one two"}})
     {
         RT_RESULT record;
         record.Set(459, c.action, "f", "one", "two", "o");
