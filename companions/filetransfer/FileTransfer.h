@@ -76,7 +76,7 @@ inline constexpr int kFinished = 1;
 inline constexpr int kRunning = 2;
 /// Plus the status code of an HTTP answer other than 200: 13404 is "not found".
 inline constexpr int kHttpStatusBase = 13000;
-inline constexpr int kBadArgument = 14001;       ///< null or unusable transfer, URL or text
+inline constexpr int kBadArgument = 14001;       ///< a null transfer or URL, or a text that is too long
 inline constexpr int kUnsupportedScheme = 14002; ///< neither http, https, ftp nor file
 inline constexpr int kOutOfMemory = 14003;
 inline constexpr int kBodyTooLong = 14004; ///< longer than ConnectionParams::maximumLength
@@ -91,10 +91,12 @@ extern "C"
     using NewConnectionParamsFn = ConnectionParams* (*)();
     /// "DeleteConnectionParams": releases it; null is ignored. Transfers made with it keep their own copy.
     using DeleteConnectionParamsFn = void (*)(ConnectionParams*);
-    /// "NewFileTransfer": a transfer that has not begun, or null.
-    /// @param url       At most 65,535 characters. `user:password@` in it is honoured when `user` is empty.
-    /// @param user      Who to log on as where the server (or FTP server) asks; null or empty: nobody.
-    /// @param password  That user's password; null is empty.
+    /// "NewFileTransfer": a transfer that has not begun, or null without memory or for arguments out of bounds. What is
+    /// wrong inside the URL is the status that Download gives.
+    /// @param url       At most 65,535 characters. `user:password@` in it is honoured when `user` is empty. Blanks and
+    ///                  other characters that a request line cannot carry are escaped, an existing "%" stays.
+    /// @param user      Who to log on as where the server asks; null or empty: nobody. At most 256 characters.
+    /// @param password  That user's password; null is empty. At most 256 characters.
     /// @param params    Null: the defaults.
     /// @param useProxy  True: through the proxy that the user's Internet Settings name; false: straight to the server.
     /// @param status    Receives 0, or the error status behind a null return. May be null.
