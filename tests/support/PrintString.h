@@ -6,11 +6,12 @@
 #include <gtest/gtest-printers.h>
 
 #include <ostream>
+#include <string>
 
 /// How GoogleTest shows a String: its text in quotation marks.
 inline void PrintTo(const String& text, std::ostream* out)
 {
-    ::testing::internal::PrintTo(static_cast<const char*>(text), out);
+    *out << ::testing::PrintToString(std::string(text));
 }
 
 #endif
