@@ -128,3 +128,5 @@ void phase1xml::GetCountry()
         CRegAutoUpdate(false).SetCountryCode(country);
     Log(kTrace, "phase1xml::GetCountry - END");
 }
+
+unsigned long phase1xml::GetModifCounter() const { return m_modifCounter; }
