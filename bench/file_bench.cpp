@@ -4,6 +4,7 @@
 
 #include "7xAutoUpdateTools.h"
 
+#include <array>
 #include <cstdio>
 #include <fstream>
 #include <string>
@@ -49,6 +50,14 @@ void fill(CRelease& release, int components)
     for (int i = 0; i < components; ++i)
         release.GetComponentList().AddTail(
             new CComponent(i, "Component name", "3.3.302", "B1", "EN", 0, "HTTP://depot:80/components/a b.cab"));
+}
+
+bool readWords(std::ifstream& in, std::array<std::string, 9>& record)
+{
+    for (std::string& word : record)
+        if (!(in >> word))
+            return false;
+    return true;
 }
 
 bool streams()
@@ -101,7 +110,7 @@ bool streams()
     std::remove((path + ".plain").c_str());
     const bool written =
         bench::ratio("write a release of 1,000 components", write, "plain << of the same", plainWrite, 3.0);
-    return bench::ratio("read it back", read, "plain >> of the same words", plainRead, 6.0) && written;
+    return bench::ratio("read it back", read, "plain >> of the same words into strings", plainRead, 6.0) && written;
 }
 } // namespace
 
