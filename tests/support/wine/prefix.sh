@@ -58,7 +58,7 @@ unlinkUserFolders()
 }
 
 # No windows on a screen; a crash ends the program at once, with the exception as exit status; the heap keeps check bytes
-# behind every block; nothing is added to the menus of the desktop outside.
+# behind every block (checked when asked for: checking all of it at each call takes minutes); nothing is added to the menus of the desktop outside.
 writeSettings()
 {
     cat >"$WINEPREFIX/drive_c/settings.reg" <<'SETTINGS'
@@ -74,7 +74,7 @@ REGEDIT4
 "Debugger"=""
 
 [HKEY_LOCAL_MACHINE\System\CurrentControlSet\Control\Session Manager]
-"GlobalFlag"=dword:000000f0
+"GlobalFlag"=dword:00000070
 SETTINGS
     quietly "$wine64" regedit /S 'C:\settings.reg'
     rm "$WINEPREFIX/drive_c/settings.reg"
