@@ -12,6 +12,7 @@
 
 #include <gtest/gtest.h>
 
+#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -48,6 +49,8 @@ public:
 
     template <typename T> static T* elementAt(const RT_List<T*, T*>& list, int index)
     {
+        if (index >= list.GetCount())
+            throw std::out_of_range("the list is shorter");
         POSITION position = list.GetHeadPosition();
         while (index-- > 0)
             list.GetNext(position);
@@ -78,6 +81,7 @@ protected:
     void load(phase1xml& list, std::string_view xml)
     {
         data.writeFile("productList.xml", xml);
+        data.writeFile("localProductList.xml", xml); // the one that a local installation reads
         ASSERT_EQ(1, list.GetPreviousXMLDoc());
         log.mark();
     }

@@ -58,7 +58,8 @@ unlinkUserFolders()
 }
 
 # No windows on a screen; a crash ends the program at once, with the exception as exit status; the heap keeps check bytes
-# behind every block (checked when asked for: checking all of it at each call takes minutes); nothing is added to the menus of the desktop outside.
+# behind every block (looked at when asked for: to check the whole heap at each call takes minutes); nothing is added to
+# the menus of the desktop outside.
 writeSettings()
 {
     cat >"$WINEPREFIX/drive_c/settings.reg" <<'SETTINGS'
