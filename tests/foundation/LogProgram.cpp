@@ -1,0 +1,66 @@
+// A small program that uses the library from a process of its own. The tests start it under different names.
+//
+//   log <code> <message>            writes one event
+//   burst <tag> <count>             writes the events "<tag> 0", "<tag> 1", ...
+//   forever                         writes events until it is killed
+//   archive                         moves the machine-wide log aside
+//   system <file>                   writes "value|name|version|service pack|64-bit" of this system, twice, into a file
+
+#include "foundation/EventLog.h"
+#include "system/COperatingSystem.h"
+
+#include <cstdlib>
+#include <fstream>
+#include <string>
+
+namespace
+{
+void describeSystem(std::ofstream& out)
+{
+    COperatingSystem* const system = COperatingSystem::GetInstance();
+    String version("untouched");
+    String servicePack("untouched");
+    const COperatingSystem::OS value = system->GetOSValue(version, servicePack);
+    out << static_cast<int>(value) << '|' << static_cast<const char*>(system->OSValueToString(value)) << '|'
+        << static_cast<const char*>(version) << '|' << static_cast<const char*>(servicePack) << '|' << system->IsOSx64()
+        << '\n';
+}
+} // namespace
+
+int main(int argc, char** argv)
+{
+    const auto argument = [&](int i) { return std::string(i < argc ? argv[i] : ""); };
+    const std::string command = argument(1);
+    if (command == "log")
+    {
+        Log(std::strtoul(argument(2).c_str(), nullptr, 0), "%s", argument(3).c_str());
+    }
+    else if (command == "burst")
+    {
+        const int count = std::atoi(argument(3).c_str());
+        for (int i = 0; i < count; ++i)
+            Log(0, "%s %d", argument(2).c_str(), i);
+    }
+    else if (command == "forever")
+    {
+        for (int i = 0;; ++i)
+            Log(0, "event %d of a process that will be killed", i);
+    }
+    else if (command == "archive")
+    {
+        ArchiveCurrentLog();
+    }
+    else if (command == "system")
+    {
+        std::ofstream out(argument(2));
+        describeSystem(out);
+        describeSystem(out);
+        COperatingSystem::FreeInstance();
+        describeSystem(out);
+    }
+    else
+    {
+        return 2;
+    }
+    return 0;
+}
