@@ -35,8 +35,9 @@ void setTimeOuts(HINTERNET handle, const ConnectionParams& params) noexcept
     // An option that a protocol does not know is refused, and the system's own value stays.
     ::InternetSetOptionA(handle, INTERNET_OPTION_CONNECT_TIMEOUT, &connectMs, sizeof(connectMs));
     ::InternetSetOptionA(handle, INTERNET_OPTION_CONNECT_RETRIES, &connectAttempts, sizeof(connectAttempts));
-    for (const DWORD option : {INTERNET_OPTION_SEND_TIMEOUT, INTERNET_OPTION_RECEIVE_TIMEOUT,
-                               INTERNET_OPTION_DATA_SEND_TIMEOUT, INTERNET_OPTION_DATA_RECEIVE_TIMEOUT})
+    constexpr DWORD kTransferOptions[] = {INTERNET_OPTION_SEND_TIMEOUT, INTERNET_OPTION_RECEIVE_TIMEOUT,
+                                          INTERNET_OPTION_DATA_SEND_TIMEOUT, INTERNET_OPTION_DATA_RECEIVE_TIMEOUT};
+    for (const DWORD option : kTransferOptions)
         ::InternetSetOptionA(handle, option, &transferMs, sizeof(transferMs));
 }
 

@@ -29,7 +29,7 @@ private:
     int scanShort(const char* text);
     void clear();
 
-    int m_count;
+    [[maybe_unused]] int m_count;   ///< part of the layout; always the number of parts
     std::unique_ptr<int[]> m_parts; ///< allocated on the first parse
     int m_full;
     int m_short;

@@ -63,7 +63,7 @@ Factory* makeFactory(REFCLSID classId)
 }
 } // namespace
 
-extern "C" __declspec(dllexport) HRESULT WINAPI DllGetClassObject(REFCLSID classId, REFIID iid, void** object)
+extern "C" HRESULT WINAPI DllGetClassObject(REFCLSID classId, REFIID iid, void** object)
 {
     static Factory* const factory = makeFactory(classId);
     if (factory == nullptr)
@@ -74,4 +74,4 @@ extern "C" __declspec(dllexport) HRESULT WINAPI DllGetClassObject(REFCLSID class
     return factory->QueryInterface(iid, object);
 }
 
-extern "C" __declspec(dllexport) HRESULT WINAPI DllCanUnloadNow() { return S_FALSE; }
+extern "C" HRESULT WINAPI DllCanUnloadNow() { return S_FALSE; }
