@@ -69,6 +69,8 @@ String RT_Dir::GetPath() { return m_path; }
 
 namespace
 {
+constexpr int kLongestPathChars = 32767; // of any path that the system knows
+
 bool isDirectory(const char* path)
 {
     const DWORD attributes = ::GetFileAttributesA(path);
@@ -87,6 +89,8 @@ int RT_Dir::IsExisting() { return isDirectory(m_fullPath) ? 1 : 0; }
 
 int RT_Dir::Create()
 {
+    if (m_fullPath.GetLength() > kLongestPathChars)
+        return 0;
     // Up to the nearest ancestor that exists, then down again. Not by recursion: the depth is the caller's text.
     int end = m_fullPath.GetLength();
     for (;;)
