@@ -35,27 +35,6 @@ std::string chunk(std::string_view bytes)
 }
 } // namespace
 
-void StopSignal::raise()
-{
-    {
-        const std::lock_guard<std::mutex> lock(m_mutex);
-        m_raised = true;
-    }
-    m_condition.notify_all();
-}
-
-bool StopSignal::raised() const
-{
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    return m_raised;
-}
-
-bool StopSignal::wait(std::chrono::milliseconds time) const
-{
-    std::unique_lock<std::mutex> lock(m_mutex);
-    return !m_condition.wait_for(lock, time, [this] { return m_raised; });
-}
-
 AnswerWriter::AnswerWriter(const Socket& socket, const HttpRequest& request, const Answer& answer,
                            const StopSignal& stop)
     : m_socket(socket), m_request(request), m_answer(answer), m_stop(stop)

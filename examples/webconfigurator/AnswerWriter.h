@@ -4,27 +4,8 @@
 #include "webconfigurator/Rule.h"
 #include "webconfigurator/Socket.h"
 
-#include <chrono>
-#include <condition_variable>
-#include <mutex>
-
 namespace webconf_sample
 {
-/// Raised once, when the server ends; ends every wait.
-class StopSignal
-{
-public:
-    void raise();
-    bool raised() const;
-    /// True when the whole time passed.
-    bool wait(std::chrono::milliseconds time) const;
-
-private:
-    mutable std::mutex m_mutex;
-    mutable std::condition_variable m_condition;
-    bool m_raised = false;
-};
-
 enum class AfterAnswer
 {
     keep, ///< the connection may bring another request

@@ -1,7 +1,5 @@
 #include "webconfigurator/Socket.h"
 
-#include <ws2tcpip.h>
-
 #include <algorithm>
 #include <stdexcept>
 #include <utility>
@@ -11,20 +9,32 @@ namespace webconf_sample
 namespace
 {
 constexpr std::size_t kLargestSendBytes = 64 * 1024;
-constexpr DWORD kGentleCloseMs = 2000;
 
 [[noreturn]] void fail(const char* what)
 {
     throw std::runtime_error(std::string(what) + " failed with " + std::to_string(::WSAGetLastError()));
 }
 
-sockaddr_in addressOf(const char* host, unsigned short port)
+/// A loopback address as the socket calls take it.
+struct Address
 {
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_port = ::htons(port);
-    address.sin_addr.s_addr = ::inet_addr(host);
-    return address;
+    explicit Address(unsigned short port = 0) noexcept
+    {
+        value.sin_family = AF_INET;
+        value.sin_port = ::htons(port);
+        value.sin_addr.s_addr = ::htonl(INADDR_LOOPBACK);
+    }
+    sockaddr* get() noexcept { return reinterpret_cast<sockaddr*>(&value); }
+
+    sockaddr_in value{};
+    int size = sizeof(value);
+};
+
+/// FD_SET's own loop does not survive every compiler's warnings.
+void add(fd_set& set, SOCKET socket) noexcept { set.fd_array[set.fd_count++] = socket; }
+bool contains(fd_set& set, SOCKET socket) noexcept
+{
+    return std::find(set.fd_array, set.fd_array + set.fd_count, socket) != set.fd_array + set.fd_count;
 }
 } // namespace
 
@@ -37,62 +47,120 @@ Winsock::Winsock()
 
 Winsock::~Winsock() { ::WSACleanup(); }
 
+StopSignal::StopSignal() : m_socket(::socket(AF_INET, SOCK_DGRAM, IPPROTO_UDP))
+{
+    Address address;
+    if (m_socket == INVALID_SOCKET || ::bind(m_socket, address.get(), address.size) != 0 ||
+        ::getsockname(m_socket, address.get(), &address.size) != 0 ||
+        ::connect(m_socket, address.get(), address.size) != 0)
+        fail("the stop signal");
+}
+
+StopSignal::~StopSignal() { ::closesocket(m_socket); }
+
+void StopSignal::raise() const noexcept { ::send(m_socket, "x", 1, 0); }
+
+bool StopSignal::raised() const noexcept { return !wait(std::chrono::milliseconds(0)); }
+
+bool StopSignal::wait(std::chrono::milliseconds time) const noexcept
+{
+    fd_set readable;
+    FD_ZERO(&readable);
+    add(readable, m_socket);
+    timeval limit{static_cast<long>(time.count() / 1000), static_cast<long>(time.count() % 1000 * 1000)};
+    return ::select(0, &readable, nullptr, nullptr, &limit) == 0;
+}
+
+Socket::Socket(SOCKET owned, const StopSignal* stop) noexcept : m_socket(owned), m_stop(stop)
+{
+    u_long nonBlocking = 1;
+    if (m_socket != INVALID_SOCKET)
+        ::ioctlsocket(m_socket, static_cast<long>(FIONBIO), &nonBlocking);
+}
+
+Socket::Socket(Socket&& other) noexcept : m_socket(std::exchange(other.m_socket, INVALID_SOCKET)), m_stop(other.m_stop)
+{
+}
+
 Socket& Socket::operator=(Socket&& other) noexcept
 {
     if (this != &other)
     {
         close();
-        m_socket = other.release();
+        m_socket = std::exchange(other.m_socket, INVALID_SOCKET);
+        m_stop = other.m_stop;
     }
     return *this;
 }
 
-SOCKET Socket::release() noexcept { return std::exchange(m_socket, INVALID_SOCKET); }
-
-Socket Socket::listen(unsigned short port, int backlog)
+Socket Socket::listen(unsigned short port, const StopSignal* stop, int backlog)
 {
-    Socket listener(::socket(AF_INET, SOCK_STREAM, IPPROTO_TCP));
+    const Winsock winsock;
+    Socket listener(::socket(AF_INET, SOCK_STREAM, IPPROTO_TCP), stop);
     if (!listener)
         fail("socket");
     // Nobody else may take the port over, and a port that is in use is an error.
     const BOOL alone = TRUE;
-    ::setsockopt(listener.get(), SOL_SOCKET, SO_EXCLUSIVEADDRUSE, reinterpret_cast<const char*>(&alone), sizeof(alone));
-    const sockaddr_in address = addressOf("127.0.0.1", port);
-    if (::bind(listener.get(), reinterpret_cast<const sockaddr*>(&address), sizeof(address)) != 0)
+    ::setsockopt(listener.m_socket, SOL_SOCKET, SO_EXCLUSIVEADDRUSE, reinterpret_cast<const char*>(&alone),
+                 sizeof(alone));
+    Address address(port);
+    if (::bind(listener.m_socket, address.get(), address.size) != 0)
         fail("bind");
-    if (::listen(listener.get(), backlog) != 0)
+    if (::listen(listener.m_socket, backlog) != 0)
         fail("listen");
     return listener;
 }
 
-Socket Socket::connect(const std::string& host, unsigned short port)
+Socket Socket::connect(unsigned short port, const StopSignal* stop)
 {
-    Socket connection(::socket(AF_INET, SOCK_STREAM, IPPROTO_TCP));
-    const sockaddr_in address = addressOf(host.c_str(), port);
-    if (!connection || ::connect(connection.get(), reinterpret_cast<const sockaddr*>(&address), sizeof(address)) != 0)
+    Address address(port);
+    const SOCKET socket = ::socket(AF_INET, SOCK_STREAM, IPPROTO_TCP);
+    if (socket == INVALID_SOCKET)
+        fail("socket");
+    const bool connected = ::connect(socket, address.get(), address.size) == 0;
+    Socket connection(socket, stop);
+    if (!connected)
         fail("connect");
     return connection;
 }
 
-Socket Socket::accept() const noexcept { return Socket(::accept(m_socket, nullptr, nullptr)); }
+bool Socket::waitFor(Wish wish) const noexcept
+{
+    fd_set readable;
+    fd_set writable;
+    FD_ZERO(&readable);
+    FD_ZERO(&writable);
+    add(wish == Wish::read ? readable : writable, m_socket);
+    if (m_stop != nullptr)
+        add(readable, m_stop->socket());
+    return ::select(0, &readable, &writable, nullptr, nullptr) > 0 &&
+           (m_stop == nullptr || !contains(readable, m_stop->socket()));
+}
+
+Socket Socket::accept() const noexcept
+{
+    return waitFor(Wish::read) ? Socket(::accept(m_socket, nullptr, nullptr), m_stop) : Socket();
+}
 
 unsigned short Socket::port() const noexcept
 {
-    sockaddr_in address{};
-    int size = sizeof(address);
-    return ::getsockname(m_socket, reinterpret_cast<sockaddr*>(&address), &size) == 0 ? ::ntohs(address.sin_port)
-                                                                                      : static_cast<unsigned short>(0);
+    Address address;
+    return ::getsockname(m_socket, address.get(), &address.size) == 0 ? ::ntohs(address.value.sin_port)
+                                                                      : static_cast<unsigned short>(0);
 }
 
 bool Socket::send(std::string_view bytes) const noexcept
 {
     while (!bytes.empty())
     {
+        if (!waitFor(Wish::write))
+            return false;
         const auto part = static_cast<int>(std::min(bytes.size(), kLargestSendBytes));
         const int sent = ::send(m_socket, bytes.data(), part, 0);
-        if (sent <= 0)
+        if (sent > 0)
+            bytes.remove_prefix(static_cast<std::size_t>(sent));
+        else if (::WSAGetLastError() != WSAEWOULDBLOCK)
             return false;
-        bytes.remove_prefix(static_cast<std::size_t>(sent));
     }
     return true;
 }
@@ -100,7 +168,7 @@ bool Socket::send(std::string_view bytes) const noexcept
 std::string Socket::receive(std::size_t size) const
 {
     std::string bytes(size, '\0');
-    const int got = ::recv(m_socket, bytes.data(), static_cast<int>(size), 0);
+    const int got = waitFor(Wish::read) ? ::recv(m_socket, bytes.data(), static_cast<int>(size), 0) : 0;
     bytes.resize(got > 0 ? static_cast<std::size_t>(got) : 0);
     return bytes;
 }
@@ -108,23 +176,15 @@ std::string Socket::receive(std::size_t size) const
 void Socket::drain() const noexcept
 {
     char ignored[4096];
-    while (::recv(m_socket, ignored, sizeof(ignored), 0) > 0)
+    while (waitFor(Wish::read) && ::recv(m_socket, ignored, sizeof(ignored), 0) > 0)
     {
     }
-}
-
-void Socket::shutDown() const noexcept
-{
-    if (m_socket != INVALID_SOCKET)
-        ::shutdown(m_socket, SD_BOTH);
 }
 
 void Socket::closeGently() noexcept
 {
     if (m_socket == INVALID_SOCKET)
         return;
-    ::setsockopt(m_socket, SOL_SOCKET, SO_RCVTIMEO, reinterpret_cast<const char*>(&kGentleCloseMs),
-                 sizeof(kGentleCloseMs));
     ::shutdown(m_socket, SD_SEND);
     drain();
     close();
@@ -140,6 +200,6 @@ void Socket::reset() noexcept
 void Socket::close() noexcept
 {
     if (m_socket != INVALID_SOCKET)
-        ::closesocket(release());
+        ::closesocket(std::exchange(m_socket, INVALID_SOCKET));
 }
 } // namespace webconf_sample

@@ -4,8 +4,6 @@
 #include "webconfigurator/Socket.h"
 #include "webconfigurator/Templates.h"
 
-#include <algorithm>
-#include <condition_variable>
 #include <list>
 #include <mutex>
 #include <stdexcept>
@@ -22,25 +20,16 @@ class WebConfigurator::Impl
 {
 public:
     Impl(const std::string& templates, unsigned short port)
-        : m_templates(templates), m_fileRules(parseRules(m_templates.rulesText())), m_listener(Socket::listen(port)),
-          m_port(m_listener.port()), m_acceptor([this] { acceptLoop(); })
+        : m_templates(templates), m_fileRules(parseRules(m_templates.rulesText())),
+          m_listener(Socket::listen(port, &m_stop)), m_port(m_listener.port()), m_acceptor([this] { acceptLoop(); })
     {
     }
 
     ~Impl()
     {
         m_stop.raise();
-        m_listener.shutDown();
-        wakeAcceptor();
         m_acceptor.join();
-        std::list<Connection> open;
-        {
-            const std::lock_guard<std::mutex> lock(m_mutex);
-            for (const Connection& connection : m_connections)
-                connection.socket.shutDown();
-            open.swap(m_connections);
-        }
-        for (Connection& connection : open)
+        for (Connection& connection : m_connections)
             connection.thread.join();
     }
 
@@ -91,26 +80,13 @@ private:
         bool ended = false;
     };
 
-    /// Not every system wakes an accept() when its listener is shut down; a visitor always does.
-    void wakeAcceptor() const
-    {
-        try
-        {
-            Socket::connect("127.0.0.1", m_port);
-        }
-        catch (const std::runtime_error&)
-        {
-            return; // it is awake already
-        }
-    }
-
     void acceptLoop()
     {
         while (!m_stop.raised())
         {
             Socket socket = m_listener.accept();
-            if (!socket || m_stop.raised())
-                return;
+            if (!socket)
+                continue;
             collectEnded();
             const std::lock_guard<std::mutex> lock(m_mutex);
             const unsigned number = ++m_connectionCount;
@@ -150,20 +126,12 @@ private:
             request->connection = number;
             after = reply(connection.socket, *request);
         }
-        if (after == AfterAnswer::close)
-            endGently(connection);
-        const std::lock_guard<std::mutex> lock(m_mutex);
         if (after == AfterAnswer::reset)
             connection.socket.reset();
-        connection.socket.close();
+        else
+            connection.socket.closeGently();
+        const std::lock_guard<std::mutex> lock(m_mutex);
         connection.ended = true;
-    }
-
-    /// The destructor may shut the socket down meanwhile, so it is not closed here.
-    static void endGently(const Connection& connection)
-    {
-        ::shutdown(connection.socket.get(), SD_SEND);
-        connection.socket.drain();
     }
 
     static std::optional<HttpRequest> nextRequest(const Socket& socket, std::string& unread)
@@ -218,7 +186,6 @@ private:
         return answer;
     }
 
-    Winsock m_winsock;
     Templates m_templates;
     StopSignal m_stop;
     mutable std::mutex m_mutex; // guards what follows up to the listener
