@@ -1,6 +1,8 @@
 #include "registry/CRegComponent.h"
 
+#include "foundation/EventLog.h"
 #include "platform/BoundedText.h"
+#include "platform/PlainName.h"
 #include "registry/CRegAutoUpdate.h"
 #include "registry/CRegProductForComponent.h"
 #include "registry/TypedValues.h"
@@ -26,11 +28,14 @@ String levelOf(CRegProductForComponent& entry)
     return level;
 }
 
-/// Levels come with product lists and name folders to delete: what is not a plain name leads out of our folder.
-bool isFolderName(const char* level)
+/// Both names come with product lists, and the folder they name is going to be deleted: it must lie in ours.
+bool hasFolder(const String& component, const String& level)
 {
-    return !aut::isEmpty(level) && std::strpbrk(level, "\\/:") == nullptr && std::strcmp(level, ".") != 0 &&
-           std::strcmp(level, "..") != 0;
+    if (!level.IsEmpty() && aut::isPlainName(component) && aut::isPlainName(level))
+        return true;
+    Log(2, "CRegComponent::SetMostRecentLevels - level %s of component %s refused: no folder of its own",
+        static_cast<const char*>(level), static_cast<const char*>(component));
+    return false;
 }
 } // namespace
 
@@ -100,7 +105,7 @@ void CRegComponent::SetMostRecentLevels(RT_List<String, String&>& levels, RT_Lis
         const String& level = levels.GetNext(pos);
         if (number++ < max || aut::contains(used, level))
             kept += (kept.IsEmpty() ? String() : String(',')) + level;
-        else if (isFolderName(level) && !aut::appendTo(dropped, level))
+        else if (hasFolder(m_component, level) && !aut::appendTo(dropped, level))
             return; // before anything is written: what is not listed any more would never be deleted
     }
     SetValue(kMostRecentLevels, kept);
