@@ -11,7 +11,7 @@ class AUTOOLS_API Base64Coder
 {
 public:
     /// A group of three bytes in transit.
-    class TempBucket
+    class AUTOOLS_API TempBucket
     {
     public:
         unsigned char nData[4];
