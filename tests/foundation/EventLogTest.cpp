@@ -218,7 +218,7 @@ TEST_F(EventLog, AMissingOrDamagedLevelIsZero)
     for (int i = 0; i < 10; ++i)
         Log(0xFFFF0000, "dropped");
     Log(0x10000, "dropped");
-    m_registry.writeRaw("Config", "TestEnv", REG_DWORD, "abc");
+    m_registry.write("Config", "TestEnv", "a text instead of a number");
     for (int i = 0; i < 10; ++i)
         Log(0xFFFF0000, "dropped");
     Log(0x10000, "dropped");

@@ -1,0 +1,239 @@
+#include "environment/ClientFolders.h"
+
+#include "foundation/RT_RESULT.h"
+#include "tests/support/ClientRegistry.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <string>
+
+namespace
+{
+String dataPath(int perUser)
+{
+    String path("old");
+    GetAUDataPath(path, perUser);
+    return path;
+}
+} // namespace
+
+TEST(GetAUDataPath, IsBelowTheUsersApplicationDataWhenAskedFor)
+{
+    const auttest::ClientRegistry registry;
+    registry.write("", "DataPath", "C:\\machine");
+    EXPECT_EQ(std::string(std::getenv("APPDATA")) + "\\Velmora\\Automatic Update Data", std::string(dataPath(1)));
+    EXPECT_EQ(std::string(dataPath(1)), std::string(dataPath(-1)));
+}
+
+TEST(GetAUDataPath, IsTheDataPathOfTheRegistryOtherwise)
+{
+    const auttest::ClientRegistry registry;
+    EXPECT_STREQ("", dataPath(0));
+    registry.write("", "DataPath", "C:\\machine\\");
+    EXPECT_STREQ("C:\\machine\\", dataPath(0));
+    registry.write("", "DataPath", std::string(10000, 'x'));
+    EXPECT_STREQ("", dataPath(0));
+}
+
+namespace
+{
+class ShellFolder : public ::testing::Test
+{
+protected:
+    /// The data path while the shell's application-data folder is this one.
+    static std::string dataPathWith(const char* folder)
+    {
+        const auttest::Registry user(HKEY_CURRENT_USER);
+        const std::string folders = "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\User Shell Folders";
+        const auto before = user.readRaw(folders, "AppData");
+        user.write(folders, "AppData", folder);
+        const std::string path(dataPath(1));
+        if (before)
+            user.writeRaw(folders, "AppData", before->type, before->bytes);
+        else
+            user.removeValue(folders, "AppData");
+        return path;
+    }
+};
+} // namespace
+
+TEST_F(ShellFolder, LosesTheBackslashesAtItsEnds)
+{
+    EXPECT_EQ("C:\\windows\\Velmora\\Automatic Update Data", dataPathWith("C:\\windows"));
+    EXPECT_EQ("C:\\windows\\Velmora\\Automatic Update Data", dataPathWith("C:\\windows\\"));
+    EXPECT_EQ("windows\\Velmora\\Automatic Update Data", dataPathWith("\\windows\\"));
+}
+
+TEST_F(ShellFolder, GivesWayToTheDataPathWhenItCannotBeHad)
+{
+    const auttest::ClientRegistry registry;
+    registry.write("", "DataPath", "C:\\machine");
+    EXPECT_EQ("C:\\machine", dataPathWith("Z:\\no\\such\\folder"));
+}
+
+TEST(IsEnoughDiskSpace, IsTrueWhenTheRoomIsThere)
+{
+    EXPECT_TRUE(IsEnoughDiskSpace("C:\\any\\path", 0));
+    EXPECT_TRUE(IsEnoughDiskSpace("C:", 1));
+    EXPECT_TRUE(IsEnoughDiskSpace("c", 1));
+}
+
+TEST(IsEnoughDiskSpace, IsTrueWhenTheFreeSpaceCannotBeRead)
+{
+    EXPECT_TRUE(IsEnoughDiskSpace("Q:\\no such drive", 0xFFFFFFFF));
+    EXPECT_TRUE(IsEnoughDiskSpace("\\\\server\\share", 0xFFFFFFFF));
+    EXPECT_TRUE(IsEnoughDiskSpace("", 0xFFFFFFFF));
+    EXPECT_TRUE(IsEnoughDiskSpace(nullptr, 0xFFFFFFFF));
+    EXPECT_TRUE(IsEnoughDiskSpace(std::string(10000, '?').c_str(), 0xFFFFFFFF));
+}
+
+TEST(IsEnoughDiskSpace, LeavesTheSharedRecordAloneWhenItIsTrue)
+{
+    result->Set(1, "action", "function", "argument1", "argument2", "object");
+    EXPECT_TRUE(IsEnoughDiskSpace("C:", 1));
+    EXPECT_EQ(1, result->GetStatusCode());
+    EXPECT_STREQ("action", result->GetAction());
+}
+
+namespace
+{
+/// A drive with nothing free: the system's process folder, which is no real disk, under a letter of its own.
+class FullDrive : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        ::DefineDosDeviceA(0, "P:", "Z:\\proc");
+        ULARGE_INTEGER bytes{};
+        if (::GetDiskFreeSpaceExA("P:\\", &bytes, nullptr, nullptr) == FALSE || bytes.QuadPart != 0)
+            GTEST_SKIP() << "no drive without free space can be made here";
+        result->Set(1, "action", "function", "argument1", "argument2", "object");
+    }
+    ~FullDrive() override { ::DefineDosDeviceA(DDD_REMOVE_DEFINITION, "P:", nullptr); }
+};
+} // namespace
+
+TEST_F(FullDrive, HasNotEnoughSpace)
+{
+    EXPECT_FALSE(IsEnoughDiskSpace("P:\\any\\path", 5u << 20));
+    EXPECT_EQ(459, result->GetStatusCode());
+    EXPECT_STREQ("Not enough disk space", result->GetAction());
+    EXPECT_STREQ("IsEnoughDiskSpace", result->GetFunction());
+    EXPECT_STREQ("5", result->GetArgument1());
+    EXPECT_STREQ("MBytes needed", result->GetArgument2());
+    EXPECT_STREQ("P:\\", result->GetObjectA());
+}
+
+TEST_F(FullDrive, GivesTheNeedInWholeMegabytes)
+{
+    const auto megabytes = [](unsigned long bytes)
+    {
+        EXPECT_FALSE(IsEnoughDiskSpace("P:", bytes));
+        return std::string(result->GetArgument1());
+    };
+    EXPECT_EQ("0", megabytes(1));
+    EXPECT_EQ("0", megabytes((1u << 20) - 1));
+    EXPECT_EQ("1", megabytes(1u << 20));
+    EXPECT_EQ("4095", megabytes(0xFFFFFFFF));
+}
+
+TEST_F(FullDrive, GivesALowerCaseRootForALowerCaseLetter)
+{
+    EXPECT_FALSE(IsEnoughDiskSpace("p:\\any", 1));
+    EXPECT_STREQ("p:\\", result->GetObjectA());
+}
+
+TEST_F(FullDrive, HasEnoughForNothing) { EXPECT_TRUE(IsEnoughDiskSpace("P:\\", 0)); }
+
+namespace
+{
+std::string windowsFolder()
+{
+    char folder[MAX_PATH] = "";
+    ::GetWindowsDirectoryA(folder, sizeof folder);
+    return folder;
+}
+constexpr unsigned int kIniName = 17; // "\7xAutoUpdate.ini"
+} // namespace
+
+TEST(Get7xAutoUpdateIniFile, IsInTheWindowsFolder)
+{
+    char buffer[MAX_PATH];
+    const std::string expected = windowsFolder() + "\\7xAutoUpdate.ini";
+    EXPECT_EQ(expected.size(), Get7xAutoUpdateIniFile(buffer, sizeof buffer));
+    EXPECT_EQ(expected, buffer);
+}
+
+TEST(Get7xAutoUpdateIniFile, NeedsOneByteMoreThanPathAndTerminator)
+{
+    // The Windows folder is read into the size less the name's length less one, its terminator included.
+    const std::string expected = windowsFolder() + "\\7xAutoUpdate.ini";
+    const auto enough = static_cast<unsigned int>(expected.size() + 2);
+    char buffer[MAX_PATH];
+    EXPECT_EQ(expected.size(), Get7xAutoUpdateIniFile(buffer, enough));
+    EXPECT_EQ(expected, buffer);
+    EXPECT_EQ(0u, Get7xAutoUpdateIniFile(buffer, enough - 1));
+    EXPECT_STREQ("", buffer);
+}
+
+TEST(Get7xAutoUpdateIniFile, NeverWritesBehindASmallBuffer)
+{
+    for (unsigned int size = 0; size <= kIniName + 20; ++size)
+    {
+        char buffer[64];
+        std::memset(buffer, '#', sizeof buffer);
+        const unsigned int length = Get7xAutoUpdateIniFile(buffer, size);
+        EXPECT_TRUE(length == 0 || length + 1 < size) << size;
+        for (unsigned int i = size; i < sizeof buffer; ++i)
+            EXPECT_EQ('#', buffer[i]) << size << ", " << i;
+        if (size > 0)
+        {
+            EXPECT_EQ(length, std::strlen(buffer)) << size;
+        }
+    }
+    EXPECT_EQ(0u, Get7xAutoUpdateIniFile(nullptr, 100));
+}
+
+TEST(GetDataFilePath, JoinsDataPathProductAndHost)
+{
+    const auttest::ClientRegistry registry;
+    registry.write("", "DataPath", "C:\\data");
+    char folder[MAX_PATH];
+    char file[MAX_PATH];
+    GetDataFilePath(folder, file, "host.example", "CID1", "Product", "");
+    EXPECT_STREQ("C:\\data\\Product\\host.example", folder);
+    EXPECT_STREQ("CID1.dat", file);
+}
+
+TEST(GetDataFilePath, NamesTheComponentBehindTheCertificateId)
+{
+    const auttest::ClientRegistry registry;
+    char folder[MAX_PATH];
+    char file[MAX_PATH];
+    GetDataFilePath(folder, file, "host.example", "CID1", "Product", "Kernel");
+    EXPECT_STREQ("\\Product\\host.example", folder);
+    EXPECT_STREQ("CID1__Kernel.dat", file);
+}
+
+TEST(GetDataFilePath, TakesNullAndEndlessTexts)
+{
+    const auttest::ClientRegistry registry;
+    registry.write("", "DataPath", "C:\\data");
+    char folder[MAX_PATH + 1];
+    char file[MAX_PATH + 1];
+    folder[MAX_PATH] = '#';
+    file[MAX_PATH] = '#';
+    const std::string endless(10000, 'x');
+    GetDataFilePath(folder, file, endless.c_str(), endless.c_str(), endless.c_str(), endless.c_str());
+    EXPECT_EQ("C:\\data\\" + std::string(251, 'x'), folder);
+    EXPECT_LT(std::strlen(file), std::size_t{MAX_PATH});
+    EXPECT_EQ('#', folder[MAX_PATH]);
+    EXPECT_EQ('#', file[MAX_PATH]);
+
+    GetDataFilePath(folder, file, nullptr, nullptr, nullptr, nullptr);
+    EXPECT_STREQ("C:\\data\\\\", folder);
+    EXPECT_STREQ(".dat", file);
+    GetDataFilePath(nullptr, nullptr, "host", "cid", "product", "component");
+}
