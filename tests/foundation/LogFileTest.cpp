@@ -154,3 +154,11 @@ TEST_F(LogFile, CannotBeOpenedAtOnceWhenThatIsHopeless)
     EXPECT_FALSE(file.isOpen());
     EXPECT_LT(::GetTickCount64() - start, 15000u);
 }
+
+TEST(LogFileOnAFullDisk, ReportsThatNothingCouldBeWritten)
+{
+    aut::LogFile file;
+    if (!file.open("Z:\\dev\\full", 0))
+        GTEST_SKIP() << "the host has no device that is always full";
+    EXPECT_FALSE(file.insert("NEW\r\n"));
+}
