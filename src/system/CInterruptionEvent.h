@@ -34,13 +34,20 @@ public:
     int RaiseIT();
     /// The raised flag; when it is set the event is reset, the flag stays until `ResetFlag`.
     int IsITRaised();
+    /// Resets the event and clears the flag.
     void ResetFlag();
+    /// Sets the flag without touching the event.
     void SetFlag();
+    /// Clears the request to stop.
     void SetStopDone();
     /// Stays owned by the object.
     HANDLE GetEventHandle();
 
 private:
+#if defined(_MSC_VER)
+#pragma warning(push)
+#pragma warning(disable : 4251) // the private atomics are used inside the library only
+#endif
     template <typename T> friend struct aut::LayoutOf;
 
     static unsigned long __stdcall PollingThread(void* self);
@@ -56,6 +63,9 @@ private:
     SECURITY_ATTRIBUTES m_attributes;
     SECURITY_DESCRIPTOR m_descriptor;
     int m_descriptorPending;
+#if defined(_MSC_VER)
+#pragma warning(pop)
+#endif
 };
 
 #endif

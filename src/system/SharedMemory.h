@@ -8,7 +8,8 @@
 /// A small named block of memory shared between processes of every account.
 ///
 /// From Windows 2000 on the name is prefixed with "Global\" when the `ServiceInstalled` flag is set and with "Local\"
-/// otherwise. The destructor releases nothing: the owner calls `Close`. Not thread-safe.
+/// otherwise. The destructor releases nothing: the owner calls `Close`. An object that creates or opens a block again
+/// without `Close` forgets the former view and handle, which stay until the process ends. Not thread-safe.
 class AUTOOLS_API SharedMemory
 {
 public:

@@ -1,0 +1,313 @@
+// What the library asks of the system exactly, and what it does when the system refuses what it never refuses here.
+#include "foundation/EventLog.h"
+#include "system/CInterruptionEvent.h"
+#include "system/CProcessListManager.h"
+#include "system/UserProcesses.h"
+#include "tests/support/ClientRegistry.h"
+#include "tests/support/LogFile.h"
+#include "tests/system/ImportPatch.h"
+#include "tests/system/Processes.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <memory>
+#include <string>
+#include <vector>
+
+using namespace auttest;
+using Events = std::vector<LogEvent>;
+
+// Private members, by the layout.
+template <> struct aut::LayoutOf<struct EntryPointAccess>
+{
+    using Create = int(__stdcall*)(void**, HANDLE, int);
+    using Destroy = int(__stdcall*)(void*);
+
+    static bool nothingLoaded(const CProcessListManager& manager)
+    {
+        return manager.m_initialised == 0 && manager.m_processStatus == nullptr && manager.m_userEnvironment == nullptr;
+    }
+    static void useEnvironment(CProcessListManager& manager, Create create, Destroy destroy)
+    {
+        manager.m_createEnvironmentBlock = create;
+        manager.m_destroyEnvironmentBlock = destroy;
+    }
+};
+using Access = aut::LayoutOf<struct EntryPointAccess>;
+
+namespace
+{
+/// One shell runs, and every detail is logged.
+class SystemFailureTest : public ::testing::Test
+{
+protected:
+    SystemFailureTest()
+    {
+        endAllShells();
+        m_shell = std::make_unique<Child>(m_shells.start());
+        logDetails(5);
+        m_log.mark();
+        s_calls = 0;
+    }
+    ~SystemFailureTest() override
+    {
+        ::RevertToSelf();
+        logDetails(0);
+    }
+    void logDetails(DWORD level) const
+    {
+        m_registry.write("Config", "TestEnv", level);
+        for (int call = 0; call < 10; ++call)
+            Log(0xFFFF0000, "never written");
+    }
+    int run(const char* commandLine) { return m_manager.RunUserProcess(ownUser().c_str(), commandLine); }
+
+    ClientRegistry m_registry;
+    IdleProcesses m_shells{"Explorer.exe"};
+    std::unique_ptr<Child> m_shell;
+    CProcessListManager m_manager;
+    LogFile m_log;
+
+    static inline int s_calls = 0;
+};
+} // namespace
+
+TEST_F(SystemFailureTest, AMissingEntryPointUnloadsBothModules)
+{
+    using Resolve = FARPROC WINAPI(HMODULE, const char*);
+    static const char* missing = nullptr;
+    Resolve* const resolve = [](HMODULE module, const char* name) -> FARPROC
+    { return std::strcmp(name, missing) == 0 ? nullptr : ::GetProcAddress(module, name); };
+    for (const char* const name : {"EnumProcesses", "EnumProcessModules", "GetModuleFileNameExA", "GetModuleBaseNameA",
+                                   "CreateEnvironmentBlock", "DestroyEnvironmentBlock"})
+    {
+        CProcessListManager manager;
+        missing = name;
+        {
+            const ImportPatch patch("GetProcAddress", resolve);
+            EXPECT_EQ(0, manager.GetProcessIdList()) << name;
+            EXPECT_TRUE(Access::nothingLoaded(manager)) << name;
+        }
+        EXPECT_EQ(1, manager.GetProcessIdList()) << "the next try starts anew";
+    }
+}
+
+TEST_F(SystemFailureTest, ProcessesAreOpenedToQueryAndToReadWithAnInheritableHandle)
+{
+    using Open = HANDLE WINAPI(DWORD, BOOL, DWORD);
+    Open* const open = [](DWORD access, BOOL inheritable, DWORD pid) -> HANDLE
+    {
+        ++s_calls;
+        EXPECT_EQ(DWORD{PROCESS_QUERY_INFORMATION | PROCESS_VM_READ}, access);
+        EXPECT_TRUE(inheritable);
+        return ::OpenProcess(access, inheritable, pid);
+    };
+    const ImportPatch patch("OpenProcess", open);
+    String text;
+    String dll = "explorer.exe";
+    EXPECT_EQ(1, m_manager.GetProcessNameFromPID(m_shell->pid(), text));
+    EXPECT_EQ(1, m_manager.IsDllLoadedByProcess(m_shell->pid(), dll, text));
+    EXPECT_EQ(2, s_calls);
+}
+
+TEST_F(SystemFailureTest, AnOwnerIsReadOnlyAfterTheSizeWasAskedFor)
+{
+    using Query = BOOL WINAPI(HANDLE, TOKEN_INFORMATION_CLASS, void*, DWORD, DWORD*);
+    Query* const otherError = [](HANDLE, TOKEN_INFORMATION_CLASS, void*, DWORD, DWORD*) -> BOOL
+    {
+        ::SetLastError(ERROR_ACCESS_DENIED);
+        return FALSE;
+    };
+    Query* const noError = [](HANDLE, TOKEN_INFORMATION_CLASS, void*, DWORD, DWORD* size) -> BOOL
+    {
+        *size = 0;
+        return TRUE;
+    };
+    for (Query* const query : {otherError, noError})
+    {
+        const ImportPatch patch("GetTokenInformation", query);
+        String user = "left over";
+        EXPECT_EQ(0, CProcessListManager::GetUserNameFromPID(m_shell->pid(), user));
+        EXPECT_TRUE(user.IsEmpty());
+    }
+}
+
+TEST_F(SystemFailureTest, AnAccountThatCannotBeLookedUpHasNoName)
+{
+    using LookUp = BOOL WINAPI(const char*, PSID, char*, DWORD*, char*, DWORD*, SID_NAME_USE*);
+    LookUp* const fail = [](const char*, PSID, char*, DWORD* nameSize, char*, DWORD* domainSize, SID_NAME_USE*) -> BOOL
+    {
+        EXPECT_EQ(260U, *nameSize);
+        EXPECT_EQ(260U, *domainSize);
+        return FALSE;
+    };
+    const ImportPatch patch("LookupAccountSidA", fail);
+    String user = "left over";
+    EXPECT_EQ(0, CProcessListManager::GetUserNameFromPID(m_shell->pid(), user));
+    EXPECT_TRUE(user.IsEmpty());
+}
+
+TEST_F(SystemFailureTest, AnImpersonationThatFailsIsLogged)
+{
+    using Impersonate = BOOL WINAPI(HANDLE);
+    Impersonate* const fail = [](HANDLE) -> BOOL { return FALSE; };
+    const ImportPatch patch("ImpersonateLoggedOnUser", fail);
+    const std::size_t before = openHandles();
+    EXPECT_FALSE(ImpersonateUserFromPID(m_shell->pid()));
+    EXPECT_EQ(before, openHandles());
+    EXPECT_EQ((Events{{"Warning", "ImpersonateUserFromPID: ImpersonateLoggedOnUser FAILED"}}), m_log.events());
+}
+
+TEST_F(SystemFailureTest, AnImpersonationClosesTheHivesOfTheUsers)
+{
+    using CloseKey = LONG WINAPI(HKEY);
+    static std::vector<HKEY> closed;
+    closed.clear();
+    CloseKey* const note = [](HKEY key) -> LONG
+    {
+        if (impersonating())
+            closed.push_back(key);
+        return ::RegCloseKey(key);
+    };
+    logDetails(0); // so that the log closes no key meanwhile
+    const ImportPatch patch("RegCloseKey", note);
+    EXPECT_TRUE(ImpersonateUserFromPID(m_shell->pid()));
+    ASSERT_GE(closed.size(), 2U);
+    EXPECT_EQ((std::vector<HKEY>{HKEY_CURRENT_USER, HKEY_USERS}), (std::vector<HKEY>{closed.end() - 2, closed.end()}));
+}
+
+TEST_F(SystemFailureTest, AShellThatCannotBeOpenedIsLogged)
+{
+    using Open = HANDLE WINAPI(DWORD, BOOL, DWORD);
+    Open* const failAfterTheSearch = [](DWORD access, BOOL inheritable, DWORD pid) -> HANDLE
+    {
+        if (access == PROCESS_QUERY_INFORMATION && ++s_calls == 2) // the first asks for the owner
+        {
+            ::SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+            return nullptr;
+        }
+        return ::OpenProcess(access, inheritable, pid);
+    };
+    const ImportPatch patch("OpenProcess", failAfterTheSearch);
+    EXPECT_EQ(0, run("never.exe"));
+    EXPECT_EQ((Events{{"Warning", "Error 8 : Failed to access Explorer process handle for user " + ownUser()}}),
+              m_log.events());
+}
+
+TEST_F(SystemFailureTest, ATokenThatCannotBeDuplicatedStartsNothing)
+{
+    using Duplicate =
+        BOOL WINAPI(HANDLE, DWORD, SECURITY_ATTRIBUTES*, SECURITY_IMPERSONATION_LEVEL, TOKEN_TYPE, HANDLE*);
+    Duplicate* const fail = [](HANDLE, DWORD access, SECURITY_ATTRIBUTES* attributes,
+                               SECURITY_IMPERSONATION_LEVEL level, TOKEN_TYPE type, HANDLE*) -> BOOL
+    {
+        EXPECT_EQ(DWORD{MAXIMUM_ALLOWED}, access);
+        EXPECT_EQ(nullptr, attributes);
+        EXPECT_EQ(SecurityIdentification, level);
+        EXPECT_EQ(TokenPrimary, type);
+        return FALSE;
+    };
+    const ImportPatch patch("DuplicateTokenEx", fail);
+    EXPECT_EQ(0, run("never.exe"));
+    EXPECT_EQ((Events{{"Info", "Trying to run never.exe"},
+                      {"Warning", "Error 6 : Failed to create GUI process for user " + ownUser()}}),
+              m_log.events());
+}
+
+namespace
+{
+struct Creation
+{
+    std::string commandLine;
+    bool onlyCommandLine = false;
+    BOOL inherit = TRUE;
+    DWORD flags = 0;
+    const void* environment = nullptr;
+    std::string desktop;
+};
+Creation g_creation;
+
+BOOL WINAPI noteCreation(HANDLE, const char* application, char* commandLine, SECURITY_ATTRIBUTES* process,
+                         SECURITY_ATTRIBUTES* thread, BOOL inherit, DWORD flags, void* environment, const char* folder,
+                         STARTUPINFOA* startup, PROCESS_INFORMATION*)
+{
+    g_creation.onlyCommandLine = application == nullptr && process == nullptr && thread == nullptr && folder == nullptr;
+    g_creation.commandLine = commandLine;
+    commandLine[0] = '*'; // must be a copy that may be written to
+    g_creation.inherit = inherit;
+    g_creation.flags = flags;
+    g_creation.environment = environment;
+    g_creation.desktop = startup->lpDesktop != nullptr ? startup->lpDesktop : "(null)";
+    ::SetLastError(ERROR_FILE_NOT_FOUND);
+    return FALSE;
+}
+
+char g_block[] = "x";
+int __stdcall createBlock(void** block, HANDLE token, int inherit)
+{
+    EXPECT_NE(nullptr, token);
+    EXPECT_EQ(0, inherit);
+    *block = g_block;
+    return 1;
+}
+int __stdcall createNoBlock(void** block, HANDLE, int)
+{
+    *block = g_block; // not valid on failure
+    return 0;
+}
+int g_destroyed = 0;
+int __stdcall destroyBlock(void* block)
+{
+    EXPECT_EQ(g_block, block);
+    ++g_destroyed;
+    return 1;
+}
+} // namespace
+
+TEST_F(SystemFailureTest, AUserProcessIsCreatedFromItsCommandLineAlone)
+{
+    ASSERT_EQ(1, m_manager.GetProcessIdList());
+    Access::useEnvironment(m_manager, createBlock, destroyBlock);
+    g_destroyed = 0;
+    const ImportPatch patch("CreateProcessAsUserA", noteCreation);
+    const char commandLine[] = "program argument";
+    EXPECT_EQ(0, run(commandLine));
+    EXPECT_STREQ("program argument", commandLine);
+    EXPECT_EQ("program argument", g_creation.commandLine);
+    EXPECT_TRUE(g_creation.onlyCommandLine);
+    EXPECT_FALSE(g_creation.inherit);
+    EXPECT_EQ("", g_creation.desktop);
+    EXPECT_EQ(DWORD{CREATE_NEW_CONSOLE | NORMAL_PRIORITY_CLASS | CREATE_UNICODE_ENVIRONMENT}, g_creation.flags);
+    EXPECT_EQ(g_block, g_creation.environment);
+    EXPECT_EQ(1, g_destroyed) << "also when the process was not created";
+}
+
+TEST_F(SystemFailureTest, WithoutAnEnvironmentBlockAUserProcessHasTheDefaultEnvironment)
+{
+    ASSERT_EQ(1, m_manager.GetProcessIdList());
+    Access::useEnvironment(m_manager, createNoBlock, destroyBlock);
+    g_destroyed = 0;
+    const ImportPatch patch("CreateProcessAsUserA", noteCreation);
+    EXPECT_EQ(0, run("program"));
+    EXPECT_EQ(DWORD{CREATE_NEW_CONSOLE | NORMAL_PRIORITY_CLASS}, g_creation.flags);
+    EXPECT_EQ(nullptr, g_creation.environment);
+    EXPECT_EQ(0, g_destroyed);
+}
+
+TEST_F(SystemFailureTest, AThreadThatCannotBeCreatedIsReported)
+{
+    using CreateThreadFunction =
+        HANDLE WINAPI(SECURITY_ATTRIBUTES*, SIZE_T, LPTHREAD_START_ROUTINE, void*, DWORD, DWORD*);
+    CreateThreadFunction* const fail = [](SECURITY_ATTRIBUTES*, SIZE_T, LPTHREAD_START_ROUTINE, void*, DWORD,
+                                          DWORD*) -> HANDLE { return nullptr; };
+    String name = "SystemFailureTest";
+    CInterruptionEvent event;
+    ASSERT_EQ(1, event.Create(name));
+    {
+        const ImportPatch patch("CreateThread", fail);
+        EXPECT_EQ(0, event.StartPooling());
+    }
+    EXPECT_EQ(1, event.StopPooling());
+    EXPECT_EQ(1, event.StartPooling()) << "the next try can succeed";
+}
