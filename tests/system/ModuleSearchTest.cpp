@@ -56,10 +56,10 @@ TEST_F(ModuleSearchTest, FindsALoadedModuleByItsFileName)
 
 TEST_F(ModuleSearchTest, ComparesTheWholeFileName)
 {
-    const aut::UniqueModule module = load(copyModule("whole.dll"));
+    const std::string path = copyModule("whole.dll");
+    const aut::UniqueModule module = load(path);
     EXPECT_EQ(1, isLoaded("whole.dll"));
-    for (const char* const name :
-         {"whole", "hole.dll", "whole.dll2", "", "\\whole.dll", (m_folder / "whole.dll").c_str()})
+    for (const char* const name : {"whole", "hole.dll", "whole.dll2", "", "\\whole.dll", path.c_str()})
         EXPECT_EQ(0, isLoaded(name)) << name;
 }
 
