@@ -77,6 +77,6 @@ std::unique_ptr<Source> makeSource(Request& request)
     case Scheme::https:
         break;
     }
-    return makeHttpSource(request);
+    return request.direct ? makeDirectHttpSource(request) : makeHttpSource(request);
 }
 } // namespace filetransfer

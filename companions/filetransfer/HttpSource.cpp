@@ -1,9 +1,7 @@
-#include "filetransfer/ConnectionProbe.h"
-// winsock2.h comes before windows.h
+#include "filetransfer/HttpHead.h"
 #include "filetransfer/WinInet.h"
 
-#include <charconv>
-#include <cstring>
+#include <string>
 
 namespace filetransfer
 {
@@ -33,22 +31,17 @@ public:
         return readInternet(m_request.get(), into, bytes, got);
     }
 
+    /// Without a length the end of the connection is the end of the body.
     Outcome confirmWhole(std::uint64_t received) override
     {
-        if (m_chunked)
-            return confirmLastChunk();
-        if (m_announcedLength && received != *m_announcedLength)
-            return {kBodyCutOff, 0, true};
-        if (m_announcedLength)
-            m_connection.dropUnreadBytes();
-        return {}; // without a length the end of the connection is the end of the body
+        return received == m_announcedLength.value_or(received) ? Outcome() : Outcome{kBodyCutOff, 0, true};
     }
 
 private:
     Outcome send()
     {
         static const char* const kAnyType[] = {"*/*", nullptr};
-        DWORD flags = INTERNET_FLAG_NO_UI | INTERNET_FLAG_KEEP_CONNECTION;
+        DWORD flags = INTERNET_FLAG_NO_UI | INTERNET_FLAG_KEEP_CONNECTION; // some log-ons need the same connection
         flags |= m_wanted.params.cacheDisabled != 0
                      ? INTERNET_FLAG_RELOAD | INTERNET_FLAG_NO_CACHE_WRITE | INTERNET_FLAG_PRAGMA_NOCACHE
                      : INTERNET_FLAG_RESYNCHRONIZE;
@@ -65,61 +58,78 @@ private:
 
     Outcome readHead()
     {
-        constexpr Outcome malformed{ERROR_HTTP_INVALID_SERVER_RESPONSE, ERROR_HTTP_INVALID_SERVER_RESPONSE, true};
         DWORD status = 0;
         DWORD size = sizeof(status);
         if (!::HttpQueryInfoA(m_request.get(), HTTP_QUERY_STATUS_CODE | HTTP_QUERY_FLAG_NUMBER, &status, &size,
                               nullptr) ||
             status < 100 || status > 999)
-            return malformed;
+            return internetError(ERROR_HTTP_INVALID_SERVER_RESPONSE);
         m_httpStatus = status;
         if (status != kHttpOk)
             return {kHttpStatusBase + static_cast<int>(status), 0, false};
 
-        m_connection.attach(m_request.get());
-        char text[64];
-        m_chunked = header(HTTP_QUERY_TRANSFER_ENCODING, text) && ::_stricmp(text, "identity") != 0;
-        if (m_chunked || !header(HTTP_QUERY_CONTENT_LENGTH, text))
-            return {};
+        const std::string coding = header(HTTP_QUERY_TRANSFER_ENCODING);
+        if (!coding.empty() && ::_stricmp(coding.c_str(), "identity") != 0)
+            return askOtherwise();
+        const std::string lengthText = header(HTTP_QUERY_CONTENT_LENGTH);
         std::uint64_t length = 0;
-        const char* const end = text + std::strlen(text);
-        const auto [last, error] = std::from_chars(text, end, length);
-        if (error != std::errc() || last != end)
-            return malformed;
-        m_announcedLength = length;
+        if (!lengthText.empty() && !parseLength(lengthText, length))
+            return internetError(ERROR_HTTP_INVALID_SERVER_RESPONSE);
+        if (!lengthText.empty())
+            m_announcedLength = length;
+        else if (m_wanted.avoidChunks)
+            return {kBodyCutOff, 0, true}; // asked for a body of known length, and still none
         return {};
     }
 
-    /// False for an absent header and for one that does not fit, which no length or coding needs.
-    template <std::size_t Size> bool header(DWORD which, char (&text)[Size])
+    /// WinInet reports the last chunk of a body and the loss of its connection alike, so that a body in chunks has to
+    /// be fetched in another way: over a connection of this library's own where one leads straight to the server, else
+    /// with HTTP/1.0, to which a server must not answer in chunks.
+    Outcome askOtherwise()
     {
-        DWORD size = Size;
-        return ::HttpQueryInfoA(m_request.get(), which, text, &size, nullptr) && text[0] != '\0';
-    }
-
-    Outcome confirmLastChunk()
-    {
-        if (m_connection.stillStands() || fromCache())
-            return {};
-        // The server closes its connections, or this one was lost: the body's length has to be known otherwise.
-        m_wanted.avoidChunks = true;
+        Url url;
+        if (!m_wanted.avoidChunks && leadsStraight() && parseUrl(finalUrl(), url) == 0 && url.scheme == Scheme::http)
+        {
+            url.user = m_wanted.url.user;
+            url.password = m_wanted.url.password;
+            m_wanted.direct = url;
+        }
+        else
+            m_wanted.avoidChunks = true;
         return {kBodyCutOff, 0, true};
     }
 
-    bool fromCache()
+    bool leadsStraight()
     {
-        DWORD flags = 0;
-        DWORD size = sizeof(flags);
-        return ::InternetQueryOptionA(m_request.get(), INTERNET_OPTION_REQUEST_FLAGS, &flags, &size) &&
-               (flags & INTERNET_REQFLAG_FROM_CACHE) != 0;
+        INTERNET_DIAGNOSTIC_SOCKET_INFO info{};
+        DWORD size = sizeof(info);
+        return !m_wanted.useProxy ||
+               (::InternetQueryOptionA(m_request.get(), INTERNET_OPTION_DIAGNOSTIC_SOCKET_INFO, &info, &size) &&
+                (info.Flags & (IDSI_FLAG_PROXY | IDSI_FLAG_SECURE)) == 0);
+    }
+
+    /// Where redirections led.
+    std::string finalUrl()
+    {
+        DWORD size = 0;
+        ::InternetQueryOptionA(m_request.get(), INTERNET_OPTION_URL, nullptr, &size);
+        std::string url(size, '\0');
+        const bool known = size != 0 && ::InternetQueryOptionA(m_request.get(), INTERNET_OPTION_URL, url.data(), &size);
+        return known ? url.c_str() : std::string();
+    }
+
+    /// Empty for an absent header and for one that is longer than any length or coding.
+    std::string header(DWORD which)
+    {
+        char text[64] = "";
+        DWORD size = sizeof(text);
+        return ::HttpQueryInfoA(m_request.get(), which, text, &size, nullptr) ? std::string(text) : std::string();
     }
 
     Request& m_wanted;
     UniqueInternet m_internet;
     UniqueInternet m_session;
     UniqueInternet m_request;
-    ConnectionProbe m_connection;
-    bool m_chunked = false;
 };
 } // namespace
 

@@ -28,8 +28,9 @@ struct Request
     Url url;
     ConnectionParams params;
     bool useProxy = true;
-    /// Set once a chunked body's end could not be told from a lost connection: the next attempt asks with HTTP/1.0, to
-    /// which a server must not answer in chunks.
+    /// The server as it is to be asked without WinInet; set once it has answered WinInet in chunks.
+    std::optional<Url> direct;
+    /// Set when that is not possible: ask for an answer that is not in chunks.
     bool avoidChunks = false;
 };
 
@@ -60,6 +61,7 @@ protected:
 /// `request` is borrowed until the source is destroyed. Throws std::bad_alloc.
 std::unique_ptr<Source> makeSource(Request& request);
 std::unique_ptr<Source> makeHttpSource(Request& request);
+std::unique_ptr<Source> makeDirectHttpSource(Request& request);
 std::unique_ptr<Source> makeFtpSource(Request& request);
 std::unique_ptr<Source> makeFileSource(Request& request);
 } // namespace filetransfer

@@ -39,7 +39,7 @@ void pause(std::int32_t pauseMs)
 
 Transfer::Transfer(std::string_view url, std::string_view user, std::string_view password,
                    const ConnectionParams* params, bool useProxy)
-    : FileTransfer(), m_request{Url(), bounded(params), useProxy, false},
+    : FileTransfer(), m_request{Url(), bounded(params), useProxy, std::nullopt, false},
       m_retriesLeft(m_request.params.connectionRetries)
 {
     if (const int status = parseUrl(url, m_request.url); status != 0)
@@ -58,11 +58,11 @@ int Transfer::step()
 {
     if (m_status != kRunning)
         return m_status;
-    const bool chunksWereAvoided = m_request.avoidChunks;
+    const bool askedOtherwise = asksOtherwise();
     bool ended = false;
     const Outcome outcome = m_source ? readPacket(ended) : openAttempt();
     if (!outcome.good())
-        return tryAgain(outcome, chunksWereAvoided) ? kRunning : fail(outcome);
+        return tryAgain(outcome, askedOtherwise) ? kRunning : fail(outcome);
     return ended ? finish() : kRunning;
 }
 
@@ -105,10 +105,10 @@ Outcome Transfer::readPacket(bool& ended)
     return {};
 }
 
-bool Transfer::tryAgain(const Outcome& outcome, bool chunksWereAvoided) noexcept
+bool Transfer::tryAgain(const Outcome& outcome, bool askedOtherwise) noexcept
 {
-    // Asking for a body that is not chunked is one attempt more, once, and costs no retry.
-    const bool otherwise = m_request.avoidChunks && !chunksWereAvoided;
+    // The first answer in chunks leads to one attempt more, in another way, that costs no retry and no pause.
+    const bool otherwise = asksOtherwise() && !askedOtherwise;
     if (!outcome.mayPass || (!otherwise && m_retriesLeft == 0))
         return false;
     if (!otherwise)

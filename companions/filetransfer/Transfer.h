@@ -29,7 +29,9 @@ private:
     /// `ended` is set once the body is whole.
     Outcome readPacket(bool& ended);
     int finish() noexcept;
-    bool tryAgain(const Outcome& outcome, bool chunksWereAvoided) noexcept;
+    bool tryAgain(const Outcome& outcome, bool askedOtherwise) noexcept;
+    /// Whether this attempt is made in another way than the first one.
+    bool asksOtherwise() const noexcept { return m_request.direct || m_request.avoidChunks; }
 
     Request m_request;
     BodyBuffer m_body;

@@ -174,6 +174,8 @@ bool takeFile(std::string_view rest, Url& url)
 }
 } // namespace
 
+std::string Url::hostName() const { return host.front() == '[' ? host.substr(1, host.size() - 2) : host; }
+
 int parseUrl(std::string_view text, Url& url)
 {
     const auto row = std::find_if(std::begin(kSchemes), std::end(kSchemes),

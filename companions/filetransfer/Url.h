@@ -18,13 +18,16 @@ enum class Scheme
 struct Url
 {
     Scheme scheme = Scheme::http;
-    std::string host;
+    std::string host; ///< as written: an IPv6 address in brackets
     unsigned short port = 0;
     /// http and https: path and query, escaped, beginning with "/". ftp: the path below the log-on folder, plain.
     /// file: the path of the file, plain, with backslashes.
     std::string object;
     std::string user;
     std::string password;
+
+    /// The host as a resolver takes it, without brackets.
+    std::string hostName() const;
 };
 
 /// Takes `text` apart. @return 0, kUnsupportedScheme or ERROR_INTERNET_INVALID_URL. Backslashes before the query count

@@ -1,6 +1,9 @@
+#include <winsock2.h>
+// winsock2.h comes before windows.h
 #include "filetransfer/WinInet.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace filetransfer
 {
@@ -14,11 +17,21 @@ constexpr DWORD kLasting[] = {
     ERROR_INTERNET_CLIENT_AUTH_CERT_NEEDED, ERROR_INTERNET_SEC_CERT_ERRORS,     ERROR_INTERNET_SEC_INVALID_CERT,
     ERROR_INTERNET_SEC_CERT_REVOKED,        ERROR_HTTP_REDIRECT_FAILED,
 };
+constexpr std::pair<DWORD, DWORD> kOfWinsock[] = {
+    {WSAETIMEDOUT, ERROR_INTERNET_TIMEOUT},
+    {WSAECONNREFUSED, ERROR_INTERNET_CANNOT_CONNECT},
+    {WSAECONNABORTED, ERROR_INTERNET_CONNECTION_ABORTED},
+    {WSAECONNRESET, ERROR_INTERNET_CONNECTION_RESET},
+};
 constexpr DWORD kSecondMs = 1000;
 } // namespace
 
 Outcome internetError(DWORD code) noexcept
 {
+    // Some failures come as Winsock's codes; one cause has one status.
+    for (const auto& [socketCode, internetCode] : kOfWinsock)
+        if (code == socketCode)
+            code = internetCode;
     const bool ofWinInet = code > INTERNET_ERROR_BASE && code < INTERNET_ERROR_BASE + 1000;
     const int status = ofWinInet ? static_cast<int>(code) : kSystemErrorBase + static_cast<int>(code & 0xffff);
     const bool lasting = std::find(std::begin(kLasting), std::end(kLasting), code) != std::end(kLasting);

@@ -9,6 +9,7 @@ namespace
 {
 constexpr std::size_t kDefaultPieceBytes = 1024;
 constexpr std::size_t kChunkBytes = 16 * 1024;
+constexpr std::size_t kSendBytes = 64 * 1024;
 
 const char* reasonOf(int status)
 {
@@ -82,7 +83,8 @@ AfterAnswer AnswerWriter::write(std::optional<std::string> body)
         status = 404;
     status = m_answer.status.value_or(status);
     const std::string bytes = body.value_or(std::string());
-    if (!m_socket.send(head(bytes.size(), status)) || !sendBody(bytes))
+    const bool wantsBody = m_request.method != "HEAD" && status != 204 && status != 304;
+    if (!m_socket.send(head(bytes.size(), status)) || (wantsBody && !sendBody(bytes)))
         return broken();
     return keepsConnection() && !m_answer.lie ? AfterAnswer::keep : AfterAnswer::close;
 }
@@ -106,15 +108,24 @@ bool AnswerWriter::sendBody(std::string_view body) const
 {
     const std::size_t stop = std::min(m_answer.cut.value_or(body.size()), m_answer.stall.value_or(body.size()));
     const std::string_view sent = body.substr(0, stop);
-    const std::size_t pieceBytes = m_answer.pieceDelay ? m_answer.piece.value_or(kDefaultPieceBytes)
-                                                       : m_answer.piece.value_or(m_chunked ? kChunkBytes : body.size());
+    const std::size_t asked = m_answer.pieceDelay ? m_answer.piece.value_or(kDefaultPieceBytes)
+                                                  : m_answer.piece.value_or(m_chunked ? kChunkBytes : kSendBytes);
+    const std::size_t pieceBytes = std::max<std::size_t>(asked, 1);
+    std::string unsent;
     for (std::size_t at = 0; at < sent.size(); at += pieceBytes)
     {
+        const std::string_view piece = sent.substr(at, pieceBytes);
+        unsent += m_chunked ? chunk(piece) : std::string(piece);
+        if (!m_answer.pieceDelay && unsent.size() < kSendBytes)
+            continue;
         if (m_answer.pieceDelay && !m_stop.wait(*m_answer.pieceDelay))
             return false;
-        if (!sendPiece(sent.substr(at, pieceBytes)))
+        if (!m_socket.send(unsent))
             return false;
+        unsent.clear();
     }
+    if (!m_socket.send(unsent))
+        return false;
     if (m_answer.stall)
     {
         m_socket.drain();
@@ -123,10 +134,5 @@ bool AnswerWriter::sendBody(std::string_view body) const
     if (m_answer.cut)
         return false;
     return !m_chunked || m_socket.send("0\r\n\r\n");
-}
-
-bool AnswerWriter::sendPiece(std::string_view piece) const
-{
-    return m_chunked ? m_socket.send(chunk(piece)) : m_socket.send(piece);
 }
 } // namespace webconf_sample

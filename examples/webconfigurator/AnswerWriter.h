@@ -26,7 +26,6 @@ private:
     std::string head(std::size_t bodyBytes, int status) const;
     /// False when the client is gone or the server ends.
     bool sendBody(std::string_view body) const;
-    bool sendPiece(std::string_view piece) const;
     AfterAnswer broken() const;
     bool keepsConnection() const;
 
