@@ -46,7 +46,7 @@ bool scanCharacter(const char*& cursor, int& code) noexcept
 {
     if (*cursor == '\0')
         return false;
-    code = *cursor++;
+    code = static_cast<unsigned char>(*cursor++); // a code from 1 to 255, as scanf leaves it in a cleared number
     return true;
 }
 } // namespace aut

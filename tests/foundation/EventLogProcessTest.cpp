@@ -321,6 +321,40 @@ TEST_F(EventLogProcess, TheFileIsWholeWheneverAProcessDies)
     }
 }
 
+TEST_F(EventLogProcess, AnEventOfWhichOnlyAPartCanBeWrittenIsTakenBack)
+{
+    // A process whose files may not grow over 4,096 bytes writes an event that crosses them, as on a disk that fills
+    // up. Only the host can set such a limit, so its shell starts the process.
+    useDataPath();
+    const std::string before = logOfSize(4000);
+    m_data.writeFile(kLog, before);
+    programAs("AutoUpdate.exe");
+    std::string commandLine = "sh -c \"trap '' XFSZ; ulimit -f 8; PATH=$PATH:/usr/lib/wine;"
+                              "wine64 'AutoUpdate.exe' log 0 " +
+                              std::string(500, 'x') + "; echo $? >done\"";
+    STARTUPINFOA startup{};
+    startup.cb = sizeof startup;
+    PROCESS_INFORMATION started{};
+    // The process finds the library by the folder of the test programs being in its path.
+    char path[32768] = "";
+    ::GetEnvironmentVariableA("WINEPATH", path, sizeof path);
+    ::SetEnvironmentVariableA("WINEPATH", (auttest::programFolder() + ";" + path).c_str());
+    const BOOL running = ::CreateProcessA("Z:\\bin\\sh", commandLine.data(), nullptr, nullptr, FALSE, 0, nullptr,
+                                          m_programs.path().c_str(), &startup, &started);
+    ::SetEnvironmentVariableA("WINEPATH", path);
+    if (running == FALSE)
+        GTEST_SKIP() << "the host's shell cannot be started";
+    aut::UniqueHandle(started.hProcess).reset();
+    aut::UniqueHandle(started.hThread).reset();
+    for (int i = 0; i < 3000 && (!m_programs.exists("done") || m_programs.readFile("done").empty()); ++i)
+        ::Sleep(10); // it is no process of Windows that could be waited for
+    ASSERT_EQ("0\n", m_programs.readFile("done"));
+    EXPECT_EQ(before, m_data.readFile(kLog));
+
+    EXPECT_EQ(0u, runProgram(m_programs / "AutoUpdate.exe", "log 0 hello"));
+    EXPECT_EQ((Events{{"Info", "hello"}}), eventsOf(m_data / kLog));
+}
+
 TEST_F(EventLogProcess, ArchivingBesideAWriterLosesNothing)
 {
     useDataPath();

@@ -71,8 +71,10 @@ TEST(NumberScan, StepsOverExactlyTheCharacterExpected)
 
 TEST(NumberScan, TakesAnyCharacterButNotTheEnd)
 {
-    const char* cursor = " ";
+    const char* cursor = "\xe9 ";
     int code = 0;
+    EXPECT_TRUE(aut::scanCharacter(cursor, code));
+    EXPECT_EQ(233, code);
     EXPECT_TRUE(aut::scanCharacter(cursor, code));
     EXPECT_EQ(32, code);
     EXPECT_FALSE(aut::scanCharacter(cursor, code));
