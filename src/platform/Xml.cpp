@@ -26,8 +26,29 @@ void raiseIfFailed(HRESULT status)
         throw _com_error(status);
 }
 
+bool isAscii(std::wstring_view text) noexcept
+{
+    return std::all_of(text.begin(), text.end(), [](wchar_t c) { return c <= 0x7F; });
+}
+
+void copyAscii(std::wstring_view text, char* out) noexcept
+{
+    std::transform(text.begin(), text.end(), out, [](wchar_t c) { return static_cast<char>(c); });
+}
+
+/// Nearly all texts and names of our documents are ASCII, and there are a hundred thousand of them in a long product
+/// list: those take no detour over the code page.
 String ansiFromWide(const UniqueBstr& text)
 {
+    const std::wstring_view view(text.get(), ::SysStringLen(text.get()));
+    if (isAscii(view))
+    {
+        String ascii;
+        char* const buffer = view.empty() ? nullptr : ascii.GetBufferSetLength(static_cast<int>(view.size()));
+        if (buffer != nullptr)
+            copyAscii(view, buffer);
+        return ascii;
+    }
     const int length = static_cast<int>(::SysStringLen(text.get()));
     const int size =
         length == 0 ? 0 : ::WideCharToMultiByte(CP_ACP, 0, text.get(), length, nullptr, 0, nullptr, nullptr);
@@ -123,11 +144,25 @@ std::string xmlName(IXMLDOMNode* node)
         return name;
     raiseIfFailed(node->get_nodeName(wide.put()));
     const std::wstring_view view(wide.get(), ::SysStringLen(wide.get()));
-    if (std::any_of(view.begin(), view.end(), [](wchar_t c) { return c > 0x7F; }))
+    if (!isAscii(view))
         return std::string(static_cast<const char*>(ansiFromWide(wide)));
-    name.resize(view.size()); // names are read by the hundred thousand and are ASCII: no detour over the code page
-    std::transform(view.begin(), view.end(), name.begin(), [](wchar_t c) { return static_cast<char>(c); });
+    name.resize(view.size());
+    copyAscii(view, name.data());
     return name;
+}
+
+XmlName::XmlName(IXMLDOMNode* node)
+{
+    if (node != nullptr)
+        raiseIfFailed(node->get_nodeName(m_name.put()));
+}
+
+bool XmlName::operator==(const char* ascii) const noexcept
+{
+    const std::wstring_view name(m_name.get(), ::SysStringLen(m_name.get()));
+    const std::string_view other(ascii);
+    return std::equal(name.begin(), name.end(), other.begin(), other.end(),
+                      [](wchar_t wide, char narrow) { return wide == static_cast<unsigned char>(narrow); });
 }
 
 bool isXmlElement(IXMLDOMNode* node)

@@ -3,6 +3,7 @@
 
 #include "foundation/String.h"
 #include "foundation/XmlPointers.h"
+#include "platform/ComValues.h"
 
 #include <cstddef>
 #include <string>
@@ -37,6 +38,17 @@ String xmlTypedText(IXMLDOMNode* node);
 String xmlMarkup(IXMLDOMNode* node);
 /// The node's own name; "" for null. Raises.
 std::string xmlName(IXMLDOMNode* node);
+/// The same for comparing with the ASCII names of our documents, without a copy.
+class XmlName
+{
+public:
+    /// Raises.
+    explicit XmlName(IXMLDOMNode* node);
+    bool operator==(const char* ascii) const noexcept;
+
+private:
+    UniqueBstr m_name;
+};
 /// Whether the node is an element: not text, a comment or a processing instruction. False for null. Raises.
 bool isXmlElement(IXMLDOMNode* node);
 /// The document's setting that it validates while parsing. Raises.

@@ -1,7 +1,5 @@
 #include "productlist/ChildTexts.h"
 
-#include "platform/Xml.h"
-
 #include <cassert>
 #include <cstring>
 #include <string>
@@ -21,7 +19,7 @@ ChildTexts::ChildTexts(IXMLDOMNode* element, std::initializer_list<const char*> 
         const XmlNodePtr child = children.next();
         if (child == nullptr)
             return;
-        Field* const field = findWanted(xmlName(child.Get()).c_str());
+        Field* const field = findWanted(XmlName(child.Get()));
         if (field == nullptr || !isXmlElement(child.Get()))
             continue;
         field->text = xmlText(child.Get());
@@ -40,10 +38,10 @@ const String& ChildTexts::operator[](const char* name) const
     return kNone;
 }
 
-ChildTexts::Field* ChildTexts::findWanted(const char* name)
+ChildTexts::Field* ChildTexts::findWanted(const XmlName& name)
 {
     for (Field& field : m_fields)
-        if (!field.found && std::strcmp(field.name, name) == 0)
+        if (!field.found && name == field.name)
             return &field;
     return nullptr;
 }
@@ -53,7 +51,7 @@ std::vector<XmlNodePtr> childElements(IXMLDOMNode* parent, const char* name)
     std::vector<XmlNodePtr> found;
     XmlChildren children(parent);
     while (XmlNodePtr child = children.next())
-        if (xmlName(child.Get()) == name && isXmlElement(child.Get()))
+        if (XmlName(child.Get()) == name && isXmlElement(child.Get()))
             found.push_back(std::move(child));
     return found;
 }

@@ -3,6 +3,7 @@
 
 #include "foundation/String.h"
 #include "foundation/XmlPointers.h"
+#include "platform/Xml.h"
 
 #include <initializer_list>
 #include <vector>
@@ -30,7 +31,7 @@ private:
         bool found;
         String text;
     };
-    Field* findWanted(const char* name);
+    Field* findWanted(const XmlName& name);
 
     std::vector<Field> m_fields;
 };

@@ -23,6 +23,8 @@ String withoutLastElement(const String& location)
 
 String componentLocation(const String& url)
 {
+    if (url.Find("FILE:") != 0) // ignores case; most URLs need not be taken apart to see that they are absolute
+        return url;
     CHTTPServer server;
     if (!server.ParseServerURL(url) || server.GetServiceType() != kFileService)
         return url;
