@@ -5,6 +5,7 @@
 #include "registry/TypedValues.h"
 
 #include <cstring>
+#include <initializer_list>
 #include <memory>
 #include <new>
 
@@ -29,19 +30,18 @@ constexpr DWORD kBufferSize = 260;
 
 bool isReadOnly(unsigned long access) { return (access & ~static_cast<unsigned long>(KEY_WOW64_64KEY)) == KEY_READ; }
 
-/// Joins path pieces with "\"; "" when they do not fit, so that no other key is opened instead.
-struct JoinedPath
+String joined(std::initializer_list<const char*> pieces)
 {
-    explicit JoinedPath(const char* first) : fits(aut::copyText(text, first)) {}
-    JoinedPath& add(const char* piece)
+    String path;
+    const char* separator = "";
+    for (const char* const piece : pieces)
     {
-        fits = aut::appendText(text, "\\") && aut::appendText(text, piece) && fits;
-        return *this;
+        path += separator;
+        path += piece;
+        separator = "\\";
     }
-
-    char text[kBufferSize];
-    bool fits;
-};
+    return path;
+}
 
 /// Appends the names that `enumerate(index, buffer, sizeChars)` gives for the indexes below `count`.
 template <typename Enumerate> bool collectNames(RT_List<String, String&>& list, DWORD count, Enumerate enumerate)
@@ -64,24 +64,18 @@ CRegBase::CRegBase(const char* path, bool readOnly) : CRegBase() { Open(path, au
 
 CRegBase::CRegBase(const char* part1, const char* part2, bool readOnly) : CRegBase()
 {
-    const JoinedPath path = JoinedPath(part1).add(part2);
-    if (path.fits)
-        Open(path.text, aut::accessFor(readOnly));
+    Open(joined({part1, part2}), aut::accessFor(readOnly));
 }
 
 CRegBase::CRegBase(const char* part1, const char* part2, const char* part3, bool readOnly) : CRegBase()
 {
-    const JoinedPath path = JoinedPath(part1).add(part2).add(part3);
-    if (path.fits)
-        Open(path.text, aut::accessFor(readOnly));
+    Open(joined({part1, part2, part3}), aut::accessFor(readOnly));
 }
 
 CRegBase::CRegBase(const char* part1, const char* part2, const char* part3, const char* part4, bool readOnly)
     : CRegBase()
 {
-    const JoinedPath path = JoinedPath(part1).add(part2).add(part3).add(part4);
-    if (path.fits)
-        Open(path.text, aut::accessFor(readOnly));
+    Open(joined({part1, part2, part3, part4}), aut::accessFor(readOnly));
 }
 
 CRegBase::CRegBase(const CRegBase& other) = default;

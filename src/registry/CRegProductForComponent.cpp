@@ -13,7 +13,7 @@ constexpr char kEnable[] = "Enable";
 
 String entryOf(const char* component, const char* product)
 {
-    return String(aut::kComponentsKey) + "\\" + component + "\\" + product;
+    return aut::entryPath(String(aut::kComponentsKey) + "\\" + component, product);
 }
 
 void writeUnlessEmpty(CRegBase& key, const char* name, const String& text)
@@ -56,7 +56,7 @@ CRegProductForComponent::CRegProductForComponent(const char* component, const ch
       m_product(product)
 {
     if (m_shared && followShared)
-        Open(entryOf(m_component, aut::kSharedEntry), aut::accessFor(readOnly));
+        OpenCommonEntry(readOnly);
 }
 
 // clang-format off
@@ -111,7 +111,7 @@ bool CRegProductForComponent::ShareAsFirst(const EntryData& data)
     DeleteValue(kPath);
     aut::writeFlag(*this, kShared, true);
     m_shared = true;
-    if (!OpenCommonEntry())
+    if (!OpenCommonEntry(false))
         return false;
     aut::writeFlag(*this, kShared, true);
     data.writeTo(*this);
@@ -137,7 +137,7 @@ bool CRegProductForComponent::JoinShared()
 {
     aut::writeFlag(*this, kShared, true);
     m_shared = true;
-    return OpenCommonEntry();
+    return OpenCommonEntry(false);
 }
 
 bool CRegProductForComponent::UnShare()
@@ -164,7 +164,7 @@ bool CRegProductForComponent::UnShare()
     return true;
 }
 
-bool CRegProductForComponent::OpenCommonEntry()
+bool CRegProductForComponent::OpenCommonEntry(bool readOnly)
 {
-    return Open(entryOf(m_component, aut::kSharedEntry), aut::kReadWriteAccess);
+    return Open(entryOf(m_component, aut::kSharedEntry), aut::accessFor(readOnly));
 }

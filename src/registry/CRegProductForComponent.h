@@ -38,7 +38,7 @@ private:
     bool ShareAsFirst(const EntryData& data);
     bool IsSharedByOther(RT_List<String, String&>& products, const String& path);
     bool JoinShared();
-    bool OpenCommonEntry();
+    bool OpenCommonEntry(bool readOnly);
 
     bool m_shared;
     String m_component;
