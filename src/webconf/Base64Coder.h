@@ -6,7 +6,8 @@
 
 /// Encodes and decodes the Base64 alphabet of MIME, with "=" padding and without line breaks.
 ///
-/// The order of the virtual operations is part of the exported interface. Copies are deep. Not thread-safe.
+/// The order of the virtual operations is part of the exported interface. Copies are deep. A null input
+/// counts as empty, and so does one above 1 GB. Not thread-safe.
 class AUTOOLS_API Base64Coder
 {
 public:
@@ -26,6 +27,8 @@ public:
     virtual ~Base64Coder();
     virtual void Encode(const char* text);
     virtual void Encode(const unsigned char* data, unsigned long length);
+    /// Skips white space. A character that is not of the alphabet counts as zero bits, one with the top bit set as the
+    /// same without it.
     virtual void Decode(const char* text);
     virtual void Decode(const unsigned char* data, unsigned long length);
     /// The decoded bytes (the encoded text), terminated; valid until the next operation.

@@ -31,6 +31,8 @@ protected:
     String m_text{"before"};
 };
 
+using Types = std::initializer_list<DWORD>;
+
 /// Wide text data as it is, odd sizes included, which the 8-bit functions would not store.
 void storeWide(DWORD type, const std::string& bytes)
 {
@@ -45,7 +47,7 @@ void storeWide(DWORD type, const std::string& bytes)
 
 TEST_F(CRegBaseReading, ANumberIsTheFourBytesOfAnyType)
 {
-    for (const DWORD type : {REG_DWORD, REG_BINARY, REG_DWORD_BIG_ENDIAN, REG_NONE})
+    for (const DWORD type : Types{REG_DWORD, REG_BINARY, REG_DWORD_BIG_ENDIAN, REG_NONE})
     {
         unsigned long number = 1;
         store(type, std::string("\x01\x02\x03\xF4", 4));
@@ -185,7 +187,7 @@ TEST_F(CRegBaseReading, AStringTakesATextOfAnyLength)
 
 TEST_F(CRegBaseReading, AStringTakesATextWithoutItsTerminator)
 {
-    for (const DWORD type : {REG_SZ, REG_BINARY})
+    for (const DWORD type : Types{REG_SZ, REG_BINARY})
     {
         store(type, "abc");
         EXPECT_TRUE(readString());
@@ -210,7 +212,7 @@ TEST_F(CRegBaseReading, AStringIsEmptiedByAnEmptyText)
 
 TEST_F(CRegBaseReading, AStringIsLeftUnchangedByAValueOfNoSize)
 {
-    for (const DWORD type : {REG_SZ, REG_BINARY, REG_NONE})
+    for (const DWORD type : Types{REG_SZ, REG_BINARY, REG_NONE})
     {
         store(type, "");
         EXPECT_TRUE(readString());
@@ -256,7 +258,7 @@ TEST_F(CRegBaseReading, AnyTypeTakesBinaryAsAHexadecimalNumberThatIsItsSize)
 
 TEST_F(CRegBaseReading, AnyTypeLeavesOtherTypesEmptyAndIsTrue)
 {
-    for (const DWORD type : {REG_NONE, REG_EXPAND_SZ, REG_DWORD_BIG_ENDIAN, REG_LINK, REG_MULTI_SZ, REG_QWORD, 77})
+    for (const DWORD type : Types{REG_NONE, REG_EXPAND_SZ, REG_DWORD_BIG_ENDIAN, REG_LINK, REG_MULTI_SZ, REG_QWORD, 77})
     {
         m_text = "before";
         store(type, std::string("abc\0\0\0\0\0", 8));

@@ -122,6 +122,7 @@ TEST(CRegBase, RefusesAPathOf260CharactersOrMore)
         {
             EXPECT_EQ(nullptr, key.m_key);
             EXPECT_STREQ("", key.m_path);
+            EXPECT_EQ(kReadWrite, key.m_access);
             EXPECT_FALSE(key.SetValue("Name", "text"));
         }
     }
@@ -163,6 +164,13 @@ TEST(CRegBase, OpenCreatesWithAnyAccessButReadOnly)
     EXPECT_TRUE(key.Open(keyPath().c_str(), KEY_QUERY_VALUE));
     EXPECT_TRUE(registry.keyExists("Key"));
     EXPECT_EQ(static_cast<unsigned long>(KEY_QUERY_VALUE | KEY_WOW64_64KEY), key.m_access);
+}
+
+TEST(CRegBase, ARootThatIsNoneOpensNothing)
+{
+    Probe key;
+    EXPECT_FALSE(key.Open(nullptr, keyPath().c_str(), kReadWriteAccess));
+    EXPECT_EQ(nullptr, key.m_key);
 }
 
 TEST(CRegBase, OpensTheKeyItNamesItself)

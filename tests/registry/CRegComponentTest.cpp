@@ -294,6 +294,13 @@ TEST_F(CRegComponentTest, AddsToTheFoldersThatTheCallerHas)
     EXPECT_EQ((Texts{"before", "C:\\AU\\Components\\Comp\\2"}), textsOf(removed));
 }
 
+TEST_F(CRegComponentTest, FoldersAreFormedOfWhatIsThere)
+{
+    m_key.SetMaxLevels(1);
+    m_registry.removeValue("", "CompPath");
+    EXPECT_EQ((Texts{"\\Comp\\2"}), setLevels({"1", "2"}));
+}
+
 TEST_F(CRegComponentTest, ADroppedLevelThatIsNoPlainNameIsLoggedAndHasNoFolder)
 {
     m_key.SetMaxLevels(1);

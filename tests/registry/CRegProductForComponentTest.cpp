@@ -362,6 +362,28 @@ TEST_F(CRegProductForComponentTest, UnsharingFailsOnAClosedObject)
     EXPECT_TRUE(m_registry.keyExists(kCommon));
 }
 
+TEST_F(CRegProductForComponentTest, UnsharingFailsWhenTheProductsEntryCannotBeOpened)
+{
+    // Below a key that lives for the session only, the system refuses to create one that outlives it.
+    HKEY created = nullptr;
+    ASSERT_EQ(ERROR_SUCCESS,
+              ::RegCreateKeyExA(HKEY_LOCAL_MACHINE, auttest::clientKey("Components\\Comp").c_str(), 0, nullptr,
+                                REG_OPTION_VOLATILE, KEY_ALL_ACCESS, nullptr, &created, nullptr));
+    const aut::UniqueKey component(created);
+    for (const char* const name : {"P1", "P2", "Shared"})
+    {
+        ASSERT_EQ(ERROR_SUCCESS, ::RegCreateKeyExA(component.get(), name, 0, nullptr, REG_OPTION_VOLATILE,
+                                                   KEY_ALL_ACCESS, nullptr, &created, nullptr));
+        const aut::UniqueKey entry(created);
+    }
+    storeShared({"P1"});
+    Key key("Comp", "P1", false, true);
+    m_registry.removeKey(kOwn);
+    EXPECT_FALSE(key.UnShare());
+    EXPECT_TRUE(key.IsShared());
+    EXPECT_FALSE(m_registry.keyExists(kOwn));
+}
+
 TEST_F(CRegProductForComponentTest, SharingAndUnsharingLeavesTheEntryAsItWas)
 {
     storeEntry(kOwn, "C:\\path");

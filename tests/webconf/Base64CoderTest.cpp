@@ -205,6 +205,14 @@ TEST(Base64Coder, BuffersGrowToTheNextMultipleAboveTheRequest)
     EXPECT_EQ(8192u, exact.m_decodedCapacity);
 }
 
+TEST(Base64Coder, TheEncodedBufferTakesTwiceTheInput)
+{
+    Coder coder;
+    const std::string bytes(2048, 'x');
+    coder.Encode(bytes.c_str());
+    EXPECT_EQ(8192u, coder.m_encodedCapacity);
+}
+
 TEST(Base64Coder, ABufferThatIsAllocatedIsZeroedAndEmpty)
 {
     Coder coder;
