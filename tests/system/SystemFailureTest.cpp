@@ -114,10 +114,13 @@ TEST_F(SystemFailureTest, ProcessesAreOpenedToQueryAndToReadWithAnInheritableHan
 TEST_F(SystemFailureTest, AnOwnerIsReadOnlyAfterTheSizeWasAskedFor)
 {
     using Query = BOOL WINAPI(HANDLE, TOKEN_INFORMATION_CLASS, void*, DWORD, DWORD*);
-    Query* const otherError = [](HANDLE, TOKEN_INFORMATION_CLASS, void*, DWORD, DWORD*) -> BOOL
+    Query* const otherError = [](HANDLE token, TOKEN_INFORMATION_CLASS kind, void* data, DWORD room,
+                                 DWORD* size) -> BOOL
     {
-        ::SetLastError(ERROR_ACCESS_DENIED);
-        return FALSE;
+        const BOOL read = ::GetTokenInformation(token, kind, data, room, size);
+        if (data == nullptr)
+            ::SetLastError(ERROR_ACCESS_DENIED); // the size is right, its error is not
+        return read;
     };
     Query* const noError = [](HANDLE, TOKEN_INFORMATION_CLASS, void*, DWORD, DWORD* size) -> BOOL
     {
@@ -310,4 +313,54 @@ TEST_F(SystemFailureTest, AThreadThatCannotBeCreatedIsReported)
     }
     EXPECT_EQ(1, event.StopPooling());
     EXPECT_EQ(1, event.StartPooling()) << "the next try can succeed";
+}
+
+TEST_F(SystemFailureTest, LookingForAUserChecksAndSleepsOnceForEachTry)
+{
+    using Resolve = FARPROC WINAPI(HMODULE, const char*);
+    using SleepFunction = void WINAPI(DWORD);
+    static std::vector<std::string> steps;
+    using Enumerate = int __stdcall(unsigned long*, unsigned long, unsigned long*);
+    Enumerate* const onlyIdle = [](unsigned long* ids, unsigned long room, unsigned long* bytes) -> int
+    {
+        *bytes = sizeof *ids;
+        ids[0] = 0;
+        if (room > *bytes) // a list without room to spare is only read again
+            steps.push_back("check");
+        return 1;
+    };
+    static const auto enumerate = reinterpret_cast<FARPROC>(reinterpret_cast<void (*)()>(onlyIdle));
+    Resolve* const resolve = [](HMODULE module, const char* name) -> FARPROC
+    { return std::strcmp(name, "EnumProcesses") == 0 ? enumerate : ::GetProcAddress(module, name); };
+    SleepFunction* const sleep = [](DWORD pauseMs) { steps.push_back(std::to_string(pauseMs)); };
+    const ImportPatch enumeration("GetProcAddress", resolve);
+    const ImportPatch sleeping("Sleep", sleep);
+
+    steps.clear();
+    EXPECT_FALSE(IsUserLogged(0));
+    EXPECT_EQ((std::vector<std::string>{"check"}), steps);
+    steps.clear();
+    EXPECT_FALSE(IsUserLogged(1));
+    EXPECT_EQ((std::vector<std::string>{"check", "2000"}), steps);
+    steps.clear();
+    EXPECT_FALSE(IsUserLogged(3));
+    EXPECT_EQ((std::vector<std::string>{"check", "2000", "check", "2000", "check", "2000"}), steps);
+}
+
+TEST_F(SystemFailureTest, AUserWhoLogsOnBetweenTwoTriesIsFound)
+{
+    using SleepFunction = void WINAPI(DWORD);
+    m_shell->end();
+    static std::unique_ptr<Child> late;
+    static const IdleProcesses* shells = nullptr;
+    shells = &m_shells;
+    SleepFunction* const logOn = [](DWORD)
+    {
+        if (++s_calls == 2)
+            late = std::make_unique<Child>(shells->start());
+    };
+    const ImportPatch sleeping("Sleep", logOn);
+    EXPECT_TRUE(IsUserLogged(5));
+    late.reset();
+    EXPECT_EQ((Events{{"Info", "Try 1 : Explorer Not Found"}, {"Info", "Try 2 : Explorer Not Found"}}), m_log.events());
 }
