@@ -53,8 +53,8 @@ bool IsEnoughDiskSpace(const char* path, unsigned long bytesNeeded)
     if (aut::isEmpty(path))
         return true; // no drive, so its free space cannot be read
     const char root[] = {*path, ':', '\\', '\0'};
-    ULARGE_INTEGER free{};
-    if (::GetDiskFreeSpaceExA(root, &free, nullptr, nullptr) == FALSE || free.QuadPart >= bytesNeeded)
+    ULARGE_INTEGER available{};
+    if (::GetDiskFreeSpaceExA(root, &available, nullptr, nullptr) == FALSE || available.QuadPart >= bytesNeeded)
         return true;
     char megabytes[16];
     aut::formatText(megabytes, sizeof megabytes, "%lu", bytesNeeded >> 20);

@@ -28,10 +28,24 @@ private:
 };
 
 LoggerLifetime g_lifetime;
+
+/// Callers log what failed before they are done with the error code.
+class KeepsLastError
+{
+public:
+    KeepsLastError() : m_error(::GetLastError()) {}
+    KeepsLastError(const KeepsLastError&) = delete;
+    KeepsLastError& operator=(const KeepsLastError&) = delete;
+    ~KeepsLastError() { ::SetLastError(m_error); }
+
+private:
+    DWORD m_error;
+};
 } // namespace
 
 void Log(unsigned long code, const char* format, ...)
 {
+    const KeepsLastError lastError;
     aut::EventLogger* const logger = g_logger.load(std::memory_order_acquire);
     // Asked before the message is formatted, because most calls carry a detail level that is not wanted.
     if (logger == nullptr || !logger->wants(code))

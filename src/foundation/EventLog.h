@@ -10,7 +10,12 @@
 ///                least the level.
 /// @param format  printf-like. At most 1,023 characters of the message are kept.
 ///
-/// Logging never fails visibly and never throws. May be called from several threads and processes at once.
+/// Logging never fails visibly, never throws and leaves GetLastError() as it was. May be called from several threads
+/// and processes at once: while another process writes, an event waits for up to two seconds and is lost after that.
+/// Readers of the file never get in the way.
+///
+/// The file is a whole XML document after each event, whenever a process dies. One that was damaged from outside, so
+/// that it does not end in its closing tag, loses nothing: events go on behind what is there.
 AUTOOLS_API void Log(unsigned long code, const char* format, ...) AUTOOLS_PRINTF(2, 3);
 
 /// Moves the machine-wide log file aside under a name made of the current local time. Reports nothing.

@@ -232,6 +232,17 @@ TEST_F(EventLog, AMissingOrDamagedLevelIsZero)
     EXPECT_FALSE(auttest::fileExists(path()));
 }
 
+TEST_F(EventLog, TheLastErrorStaysAsItWas)
+{
+    for (int i = 0; i < 10; ++i)
+    {
+        ::SetLastError(1234);
+        Log(0, "event");
+        Log(0x50000, "dropped");
+        EXPECT_EQ(1234u, ::GetLastError());
+    }
+}
+
 TEST_F(EventLog, ReadersDoNotKeepEventsOut)
 {
     Log(0, "one");
