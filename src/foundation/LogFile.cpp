@@ -17,7 +17,6 @@ bool isHeldByAnother(DWORD error) { return error == ERROR_SHARING_VIOLATION || e
 /// The end of the file and where the next event goes.
 struct LogFile::Tail
 {
-    std::uint64_t fileSize = 0;
     std::uint64_t start = 0; ///< offset of `bytes` in the file
     char bytes[kTailBytes] = {};
     std::size_t length = 0;
@@ -43,13 +42,17 @@ DWORD LogFile::tryOpen(const char* path)
     // creating in one step leaves no moment in which two processes could both find the file missing.
     m_file.reset(::CreateFileA(path, GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_DELETE, nullptr,
                                OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
-    return m_file ? ERROR_SUCCESS : ::GetLastError();
-}
-
-std::uint64_t LogFile::size() const
-{
+    if (!m_file)
+        return ::GetLastError();
     LARGE_INTEGER bytes{};
-    return ::GetFileSizeEx(m_file.get(), &bytes) != FALSE ? static_cast<std::uint64_t>(bytes.QuadPart) : 0;
+    if (::GetFileSizeEx(m_file.get(), &bytes) == FALSE)
+    {
+        const DWORD error = ::GetLastError();
+        close(); // taken for empty, a file would be overwritten
+        return error;
+    }
+    m_size = static_cast<std::uint64_t>(bytes.QuadPart);
+    return ERROR_SUCCESS;
 }
 
 bool LogFile::insert(std::string lines)
@@ -67,14 +70,13 @@ bool LogFile::insert(std::string lines)
 LogFile::Tail LogFile::readTail() const
 {
     Tail tail;
-    tail.fileSize = size();
-    tail.start = tail.fileSize - std::min<std::uint64_t>(tail.fileSize, kTailBytes);
-    tail.insertAt = tail.fileSize;
+    tail.start = m_size - std::min<std::uint64_t>(m_size, kTailBytes);
+    tail.insertAt = m_size;
     OVERLAPPED at{};
     at.Offset = static_cast<DWORD>(tail.start);
     at.OffsetHigh = static_cast<DWORD>(tail.start >> 32);
     DWORD read = 0;
-    if (tail.fileSize == 0 || ::ReadFile(m_file.get(), tail.bytes, kTailBytes, &read, &at) == FALSE || read == 0)
+    if (m_size == 0 || ::ReadFile(m_file.get(), tail.bytes, kTailBytes, &read, &at) == FALSE || read == 0)
         return tail;
     tail.length = read;
 
@@ -108,7 +110,7 @@ void LogFile::restore(const Tail& tail)
     if (tail.length > 0)
         writeAt(tail.start, tail.bytes, tail.length);
     LARGE_INTEGER end{};
-    end.QuadPart = static_cast<LONGLONG>(tail.fileSize);
+    end.QuadPart = static_cast<LONGLONG>(m_size);
     if (::SetFilePointerEx(m_file.get(), end, nullptr, FILE_BEGIN) != FALSE)
         ::SetEndOfFile(m_file.get());
 }

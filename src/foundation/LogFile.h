@@ -22,8 +22,8 @@ public:
     bool isOpen() const { return static_cast<bool>(m_file); }
     void close() { m_file.reset(); }
 
-    /// In bytes.
-    std::uint64_t size() const;
+    /// In bytes, as it was when the file was opened: nobody else can change it since.
+    std::uint64_t size() const { return m_size; }
 
     /// Puts `lines` (as stored) before the closing tag, in one write with the tag itself, so that the file is well
     /// formed whenever the process ends. Into an empty file the caller puts the head too.
@@ -39,6 +39,7 @@ private:
     void restore(const Tail& tail);
 
     UniqueFile m_file;
+    std::uint64_t m_size = 0;
 };
 
 /// What every log file ends with, as stored.
