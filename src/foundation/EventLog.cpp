@@ -51,7 +51,7 @@ void Log(unsigned long code, const char* format, ...)
     if (logger == nullptr || !logger->wants(code))
         return;
     char message[aut::kLogMessageSize];
-    std::va_list arguments;
+    std::va_list arguments{};
     va_start(arguments, format);
     aut::formatTextV(message, sizeof message, format, arguments);
     va_end(arguments);
