@@ -38,11 +38,12 @@ CComponent::CComponent(const CComponent& other) : CComponent()
 
 CComponent& CComponent::operator=(const CComponent& other)
 {
+    if (this == &other)
+        return *this;
     // The shared flag and the map file deliberately stay this component's own.
-    const int reserved = other.m_reserved; // which InitValues clears, when both are the same component
     InitValues(other.m_id, other.m_name, other.m_version, other.m_build, other.m_language, other.m_action,
                other.m_sourceLocation);
-    m_reserved = reserved;
+    m_reserved = other.m_reserved;
     return *this;
 }
 

@@ -11,6 +11,7 @@ class AUTOOLS_API RT_Dir
 {
 public:
     RT_Dir(const String& fullPath);
+    /// The name is taken as it is.
     RT_Dir(const String& parent, const String& name);
     RT_Dir(const RT_Dir& other);
     RT_Dir& operator=(const RT_Dir& other);

@@ -22,8 +22,10 @@ public:
     RT_File& operator=(const RT_File& other);
     virtual ~RT_File();
 
-    /// Splits a path that begins with a drive or with \\server. Any other form leaves the object as it was.
+    /// Splits a path that begins with a drive or with \\server. Any other form leaves the object as it was. A drive or
+    /// server alone is the full path, with neither directory nor name.
     void SetFullPath(const char* fullPath);
+    /// The name is taken as it is and stands even when the directory is refused.
     void SetFullPath(const char* path, const char* fileName);
     const char* GetFullPath();
     const char* GetFileName();
@@ -54,9 +56,11 @@ public:
     unsigned long GetLength();
     /// Tests the full path, or this file's name in `directory` when given.
     bool IsFileExisting(const char* directory);
-    /// The fixed file version as "a,b,c,d" into a buffer of 260 bytes; "" and false when there is none.
+    /// The fixed file version as "a,b,c,d" into a buffer of at least 24 bytes, which may be null; "" and false
+    /// when there is none.
     bool HasVersionInfo(char* versionOut);
-    /// Compares a version text with this file's: -1, 0 or 1 as the sign of given minus own. False without versions.
+    /// Compares a version text (A, B and P stand for ,1 ,2 ,3; commas for points) with this file's: -1, 0 or 1 as the
+    /// sign of given minus own. False without versions.
     bool VersionCmp(const char* version, int* comparison);
     /// True when `other` has a lower version or either has none.
     bool IsNewerByVersion(RT_File& other);

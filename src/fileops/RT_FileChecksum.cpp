@@ -20,7 +20,7 @@ std::uint32_t sumWords(const unsigned char* chunk, std::size_t bytes)
     std::uint32_t sum = 0;
     for (std::size_t at = 0; at + sizeof sum <= bytes; at += sizeof sum)
     {
-        std::uint32_t word;
+        std::uint32_t word = 0;
         std::memcpy(&word, chunk + at, sizeof word); // Windows is little-endian on every processor
         sum += word;
     }

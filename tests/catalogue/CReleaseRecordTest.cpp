@@ -66,7 +66,7 @@ protected:
     }
 
     const auttest::DetailedLog m_detailed;
-    const StreamFile m_file;
+    const StreamFile m_file{};
     auttest::LogFile m_log;
     std::unique_ptr<ReleaseProbe> m_release;
 };

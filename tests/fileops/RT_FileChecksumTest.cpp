@@ -62,7 +62,7 @@ TEST(RT_FileGetCheckSum, HoldsAcrossChunks)
     std::string bytes(100'003, '\0');
     for (char& byte : bytes)
         byte = static_cast<char>(random());
-    for (const std::size_t size : {15'999, 16'000, 16'001, 16'003, 16'004, 31'999, 32'000, 32'002, 32'004, 100'003})
+    for (const std::size_t size : {15999u, 16000u, 16001u, 16003u, 16004u, 31999u, 32000u, 32002u, 32004u, 100003u})
         EXPECT_EQ(expectedSum(bytes.substr(0, size)), checkSumOf(bytes.substr(0, size))) << size;
 }
 
