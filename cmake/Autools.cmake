@@ -1,17 +1,22 @@
 # The project's own build helpers.
 
+# The warnings that everything here must be free of.
+add_library(autools_warnings INTERFACE)
+if(MSVC)
+  target_compile_options(autools_warnings INTERFACE /W4 /WX /permissive- /utf-8 /EHsc)
+else()
+  target_compile_options(autools_warnings INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror)
+endif()
+
 # Warnings, definitions and include folder that every target of this project is built with.
 add_library(autools_build_settings INTERFACE)
+target_link_libraries(autools_build_settings INTERFACE autools_warnings)
 target_compile_features(autools_build_settings INTERFACE cxx_std_17)
 target_compile_definitions(autools_build_settings INTERFACE
   NOMINMAX WIN32_LEAN_AND_MEAN _WIN32_WINNT=0x0601 WINVER=0x0601 _CRT_SECURE_NO_WARNINGS)
 target_include_directories(autools_build_settings INTERFACE ${PROJECT_SOURCE_DIR}/src)
-if(MSVC)
-  target_compile_options(autools_build_settings INTERFACE /W4 /WX /permissive- /utf-8 /EHsc)
-else()
-  target_compile_options(autools_build_settings INTERFACE
-    -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror
-    $<$<CONFIG:Debug>:-Og -g1 -D_GLIBCXX_ASSERTIONS>)
+if(NOT MSVC)
+  target_compile_options(autools_build_settings INTERFACE $<$<CONFIG:Debug>:-Og -g1 -D_GLIBCXX_ASSERTIONS>)
 endif()
 
 # autools_sources(SOURCES a.cpp ... PUBLIC_HEADERS a.h ...): adds one folder's part of the library.

@@ -12,9 +12,13 @@
 # All other variables reach the program (WINEDLLOVERRIDES, WINEDEBUG, GTEST_FILTER, ...).
 set -u
 here=$(dirname "$(readlink -f "$0")")
-if [ $# -lt 2 ] || [ ! -f "$2" ]; then
+if [ $# -lt 2 ]; then
     sed -n '2,/^set -u/{/^#/s/^# \{0,1\}//p}' "$0" >&2
     exit 2
+fi
+if [ ! -f "$2" ]; then
+    echo "$2 has not been built" >&2
+    exit 1
 fi
 suite=$1
 program=$(readlink -f "$2")
