@@ -9,7 +9,6 @@ using aut::writeFlag;
 
 CRegAutoUpdate::CRegAutoUpdate(bool readOnly) : CRegBase(aut::kAutoUpdateKey, readOnly) {}
 
-// clang-format off
 const char* CRegAutoUpdate::GetPath() { return readText(*this, m_value, "Path"); }
 void CRegAutoUpdate::SetPath(const char* text) { SetValue("Path", text); }
 const char* CRegAutoUpdate::GetDataPath() { return readText(*this, m_value, "DataPath"); }
@@ -41,7 +40,6 @@ bool CRegAutoUpdate::GetAUWinLogonStatus() { return readFlag(*this, "AUWinLogonS
 void CRegAutoUpdate::SetAUWinLogonStatus(bool on) { writeFlag(*this, "AUWinLogonStatus", on); }
 
 unsigned long CRegAutoUpdate::GetStatus() { return readNumber(*this, "Status"); }
-// clang-format on
 
 void CRegAutoUpdate::SetStatus(AUStatus flags) { SetValue("Status", GetStatus() | static_cast<unsigned long>(flags)); }
 

@@ -4,6 +4,7 @@
 #include "platform/Layout.h"
 #include "registry/TypedValues.h"
 
+#include <algorithm>
 #include <cstring>
 #include <initializer_list>
 #include <memory>
@@ -141,9 +142,7 @@ bool CRegBase::QueryValue(const char* name, char* buffer)
                                                               reinterpret_cast<BYTE*>(buffer), &size) == ERROR_SUCCESS;
     // Data of 260 bytes fits only when the last one is its terminator.
     const bool fits = found && (size < kBufferSize || buffer[kBufferSize - 1] == '\0');
-    buffer[fits && size < kBufferSize ? size : kBufferSize - 1] = '\0';
-    if (!fits)
-        buffer[0] = '\0';
+    buffer[fits ? std::min(size, kBufferSize - 1) : 0] = '\0';
     return fits;
 }
 

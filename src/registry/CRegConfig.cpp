@@ -25,7 +25,6 @@ String configCounterName(const char* prefix) { return String(prefix) + "_ConfigC
 
 CRegConfig::CRegConfig(bool readOnly) : CRegBase(aut::kAutoUpdateKey, "Config", readOnly) {}
 
-// clang-format off
 bool CRegConfig::IsSilentMode() { return readFlag(*this, "SilentMode"); }
 void CRegConfig::SilentMode(bool on) { writeFlag(*this, "SilentMode", on); }
 bool CRegConfig::NoIcon() { return readFlag(*this, "NoIcon"); }
@@ -37,7 +36,10 @@ bool CRegConfig::GetFlag(const char* name) { return readFlag(*this, name); }
 void CRegConfig::SetFlag(const char* name, bool on) { writeFlag(*this, name, on); }
 
 const char* CRegConfig::GetLastDate(const char* file) { return readText(*this, m_value, lastDateName(file)); }
-void CRegConfig::SetLastDate(const char* file, const char* date) { aut::writeOrDelete(*this, lastDateName(file), date); }
+void CRegConfig::SetLastDate(const char* file, const char* date)
+{
+    aut::writeOrDelete(*this, lastDateName(file), date);
+}
 
 __int64 CRegConfig::GetNextProductListDate() { return GetTimeValue("NextGetProductList"); }
 void CRegConfig::SetNextProductListDate(__int64 time) { SetTimeValue("NextGetProductList", time); }
@@ -60,7 +62,6 @@ void CRegConfig::SetLanguageID(unsigned long id) { SetValue("LanguageID", id); }
 const char* CRegConfig::GetDeploymentCID() { return readText(*this, m_value, "DeploymentCID"); }
 void CRegConfig::SetDeploymentCID(const char* text) { SetValue("DeploymentCID", text); }
 unsigned long CRegConfig::GetTestEnvValue() { return readNumber(*this, "TestEnv"); }
-// clang-format on
 
 bool CRegConfig::IsMergeOptionSet()
 {

@@ -18,7 +18,6 @@ CRegInProgress::CRegInProgress(bool readOnly)
 
 CRegInProgress::CRegInProgress(const char* path, bool readOnly) : CRegBase(path, readOnly) {}
 
-// clang-format off
 const char* CRegInProgress::GetProductFilePath() { return readText(*this, m_value, "ProductsFilePath"); }
 void CRegInProgress::SetProductFilePath(const char* text) { SetValue("ProductsFilePath", text); }
 int CRegInProgress::GetPhase() { return static_cast<int>(aut::readNumber(*this, "Phase")); }
@@ -28,7 +27,6 @@ const char* CRegInProgress::GetAction() { return readText(*this, m_value, "Actio
 void CRegInProgress::SetAction(const char* text) { SetValue("Action", text); }
 const char* CRegInProgress::GetObjectA() { return readText(*this, m_value, "Object"); }
 void CRegInProgress::SetObject(const char* text) { SetValue("Object", text); }
-// clang-format on
 
 void CRegInProgress::SetPrioA(bool on)
 {

@@ -61,7 +61,6 @@ bool setCredentials(CRegBase& key, const char* name, const char* user, const cha
 
 CRegNetwork::CRegNetwork(bool readOnly) : CRegBase(aut::kAutoUpdateKey, "Config\\Network", readOnly) {}
 
-// clang-format off
 bool CRegNetwork::GetServerAddress(String& address) { return getText(*this, kServerAddress, address); }
 bool CRegNetwork::GetServerAddress(char* address) { return getText(*this, kServerAddress, address); }
 bool CRegNetwork::SetServerAddress(const char* address) { return setText(*this, kServerAddress, address); }
@@ -72,7 +71,6 @@ bool CRegNetwork::SetBypassList(const char* list) { return setText(*this, kBypas
 
 bool CRegNetwork::IsConfigForced() { return aut::readFlag(*this, kForced); }
 void CRegNetwork::ForceConfig(bool on) { aut::writeFlag(*this, kForced, on); }
-// clang-format on
 
 bool CRegNetwork::GetProxyAuthentication(char* user, char* password)
 {

@@ -9,7 +9,6 @@ CRegProduct::CRegProduct(const char* product, bool readOnly)
 {
 }
 
-// clang-format off
 const char* CRegProduct::GetVersion() { return TextOfProduct("Version"); }
 void CRegProduct::SetVersion(const char* text) { SetValue("Version", text); } // on the root too
 const char* CRegProduct::GetPath() { return TextOfProduct("Path"); }
@@ -26,7 +25,6 @@ const char* CRegProduct::GetMarketingName() { return TextOfProduct("MarketingNam
 void CRegProduct::SetMarketingName(const char* text) { SetTextOfProduct("MarketingName", text); }
 const char* CRegProduct::GetTechnicalName() { return TextOfProduct("TechnicalName"); }
 void CRegProduct::SetTechnicalName(const char* text) { SetTextOfProduct("TechnicalName", text); }
-// clang-format on
 
 void CRegProduct::GetBuildAndVersion(char* version, char* build)
 {

@@ -59,7 +59,6 @@ CRegProductForComponent::CRegProductForComponent(const char* component, const ch
         OpenCommonEntry(readOnly);
 }
 
-// clang-format off
 bool CRegProductForComponent::IsShared() { return m_shared; }
 const char* CRegProductForComponent::GetComponentVersion() { return aut::readText(*this, m_value, kVersion); }
 void CRegProductForComponent::SetComponentVersion(const char* text) { SetValue(kVersion, text); }
@@ -67,7 +66,6 @@ const char* CRegProductForComponent::GetPath() { return aut::readText(*this, m_v
 void CRegProductForComponent::SetPath(const char* text) { SetValue(kPath, text); }
 const char* CRegProductForComponent::GetLanguage() { return aut::readText(*this, m_value, kLanguage); }
 void CRegProductForComponent::SetLanguage(const char* text) { SetValue(kLanguage, text); }
-// clang-format on
 
 void CRegProductForComponent::GetBuildAndVersion(char* version, char* build)
 {
