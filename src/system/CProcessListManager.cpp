@@ -156,7 +156,7 @@ int CProcessListManager::GetProcessNameFromPID(unsigned long pid, String& name)
 
     HMODULE modules[kModulesForName];
     unsigned long bytes = 0;
-    if (!m_enumProcessModules(process.get(), modules, sizeof modules, &bytes) || bytes < sizeof modules[0])
+    if (!m_enumProcessModules(process.get(), modules, sizeof modules, &bytes) || bytes < sizeof(HMODULE))
         return 0;
 
     char path[kMainModulePathChars + 1] = ""; // older systems cut a long path without terminating it
@@ -189,7 +189,7 @@ int CProcessListManager::IsDllLoadedByProcess(unsigned long pid, String& dllName
     if (!m_enumProcessModules(process.get(), modules, sizeof modules, &bytes) || bytes > sizeof modules)
         return 0;
 
-    for (std::size_t i = 0; i < bytes / sizeof modules[0]; ++i)
+    for (std::size_t i = 0; i < bytes / sizeof(HMODULE); ++i)
     {
         char path[kModulePathChars + 1] = "";
         if (m_getModuleFileName(process.get(), modules[i], path, kModulePathChars) == 0)

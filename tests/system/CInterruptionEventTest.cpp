@@ -18,6 +18,7 @@ template <> struct aut::LayoutOf<struct InterruptionAccess>
     static HANDLE threadOf(const CInterruptionEvent& event) { return event.m_thread; }
     static unsigned long threadIdOf(const CInterruptionEvent& event) { return event.m_threadId; }
     static void replaceEvent(CInterruptionEvent& event, HANDLE handle) { event.m_event = handle; }
+    static void requestStop(CInterruptionEvent& event) { event.m_stopRequest = 1; }
     static int stopRequestOf(const CInterruptionEvent& event) { return event.m_stopRequest; }
 };
 using Access = aut::LayoutOf<struct InterruptionAccess>;
@@ -198,7 +199,22 @@ TEST_F(CInterruptionEventTest, FlagsWorkWithoutAnEvent)
     EXPECT_EQ(1, m_event.IsITRaised());
     m_event.ResetFlag();
     EXPECT_EQ(0, m_event.IsITRaised());
+}
+
+TEST_F(CInterruptionEventTest, SetStopDoneClearsTheStopRequest)
+{
+    Access::requestStop(m_event);
     m_event.SetStopDone();
+    EXPECT_EQ(0, Access::stopRequestOf(m_event));
+}
+
+TEST_F(CInterruptionEventTest, TheThreadClearsTheStopRequestWhenItEnds)
+{
+    ASSERT_EQ(1, m_event.Create(m_name));
+    ASSERT_EQ(1, m_event.StartPooling());
+    Access::requestStop(m_event);
+    EXPECT_EQ(WAIT_OBJECT_0, ::WaitForSingleObject(Access::threadOf(m_event), kPatienceMs));
+    EXPECT_EQ(0, Access::stopRequestOf(m_event));
 }
 
 TEST_F(CInterruptionEventTest, StartingTwiceStartsOneThread)

@@ -343,8 +343,13 @@ TEST_F(SystemFailureTest, LookingForAUserChecksAndSleepsOnceForEachTry)
     EXPECT_FALSE(IsUserLogged(1));
     EXPECT_EQ((std::vector<std::string>{"check", "2000"}), steps);
     steps.clear();
+    m_log.mark();
     EXPECT_FALSE(IsUserLogged(3));
     EXPECT_EQ((std::vector<std::string>{"check", "2000", "check", "2000", "check", "2000"}), steps);
+    EXPECT_EQ((Events{{"Info", "Try 1 : Explorer Not Found"},
+                      {"Info", "Try 2 : Explorer Not Found"},
+                      {"Info", "Try 3 : Explorer Not Found"}}),
+              m_log.events());
 }
 
 TEST_F(SystemFailureTest, AUserWhoLogsOnBetweenTwoTriesIsFound)

@@ -50,15 +50,12 @@ TEST_F(IsUserLoggedTest, WithoutTriesItChecksOnceAndDoesNotSleep)
     EXPECT_TRUE(m_log.events().empty());
 }
 
-TEST_F(IsUserLoggedTest, ThreeTriesCheckAndSleepThreeTimes)
+TEST_F(IsUserLoggedTest, ATryThatFailsIsLoggedAndTakes2Seconds)
 {
     const ULONGLONG start = ::GetTickCount64();
-    EXPECT_FALSE(IsUserLogged(3));
-    EXPECT_GE(::GetTickCount64() - start, 5900U);
-    EXPECT_EQ((std::vector<LogEvent>{{"Info", "Try 1 : Explorer Not Found"},
-                                     {"Info", "Try 2 : Explorer Not Found"},
-                                     {"Info", "Try 3 : Explorer Not Found"}}),
-              m_log.events());
+    EXPECT_FALSE(IsUserLogged(1));
+    EXPECT_GE(::GetTickCount64() - start, 1950U);
+    EXPECT_EQ((std::vector<LogEvent>{{"Info", "Try 1 : Explorer Not Found"}}), m_log.events());
 }
 
 TEST_F(IsUserLoggedTest, InAdminModeALocalInstallationDecides)
