@@ -73,6 +73,7 @@ protected:
     ProductListTest()
     {
         ::CoInitialize(nullptr);
+        *result = RT_RESULT(); // what a test finds there is what it caused
         registry.write("", "DataPath", data.path());
     }
     ~ProductListTest() override { ::CoUninitialize(); }
