@@ -57,13 +57,13 @@ int AutoUpdateObject::Serialize(std::ofstream& stream)
     try
     {
         // An empty text gives an empty line and so a record that does not read back: the format has no word for it.
-        stream << m_action << '\n'
-               << aut::wordOf(m_build) << '\n'
-               << m_id << '\n'
-               << aut::wordOf(m_language) << '\n'
-               << aut::wordOf(m_name) << '\n'
-               << aut::wordOf(m_version) << '\n'
-               << m_enabled << '\n';
+        stream << m_action << '\n';
+        aut::writeWord(stream, m_build);
+        stream << m_id << '\n';
+        aut::writeWord(stream, m_language);
+        aut::writeWord(stream, m_name);
+        aut::writeWord(stream, m_version);
+        stream << m_enabled << '\n';
         return stream.fail() ? 0 : 1;
     }
     catch (const std::exception&)

@@ -116,7 +116,8 @@ int CComponent::Serialize(std::ofstream& stream)
     {
         if (AutoUpdateObject::Serialize(stream) == 0)
             return 0;
-        stream << aut::optionalWordOf(m_sourceLocation) << '\n' << m_shared << '\n';
+        aut::writeOptionalWord(stream, m_sourceLocation);
+        stream << m_shared << '\n';
         return 1;
     }
     catch (const std::exception&)

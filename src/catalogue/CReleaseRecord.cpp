@@ -95,7 +95,8 @@ int CRelease::Serialize(std::ofstream& stream)
             if (m_components.GetNext(at)->Serialize(stream) == 0)
                 return 0;
         }
-        stream << aut::optionalWordOf(m_marketingName) << '\n' << aut::optionalWordOf(m_technicalName) << '\n';
+        aut::writeOptionalWord(stream, m_marketingName);
+        aut::writeOptionalWord(stream, m_technicalName);
         return stream.fail() ? 0 : 1; // a record whose end is missing would read back as the older format
     }
     catch (const std::exception&)

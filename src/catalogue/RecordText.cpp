@@ -1,12 +1,12 @@
 #include "catalogue/RecordText.h"
 
 #include "foundation/StreamText.h"
-#include "platform/BoundedText.h"
 
-#include <cctype>
 #include <cstring>
 #include <iomanip>
 #include <istream>
+#include <locale>
+#include <ostream>
 
 namespace aut
 {
@@ -24,8 +24,9 @@ std::string readWord(std::istream& stream, std::size_t maxChars)
     if (!(stream >> std::setw(static_cast<int>(maxChars)) >> word))
         return std::string();
     // The width stops within a longer word. At the end of the stream peeking sets the end flag, as reading a word does.
-    const int next = stream.good() ? stream.peek() : std::char_traits<char>::eof();
-    if (next != std::char_traits<char>::eof() && std::isspace(next) == 0)
+    constexpr int kEnd = std::char_traits<char>::eof();
+    const int next = stream.good() ? stream.peek() : kEnd;
+    if (next != kEnd && !std::isspace(static_cast<char>(next), stream.getloc()))
         stream.setstate(std::ios_base::failbit);
     return word;
 }
@@ -43,13 +44,17 @@ std::string textOfOptionalWord(const std::string& word)
     return word == kEmptyWord ? std::string() : textOfWord(word);
 }
 
-std::string wordOf(const char* text)
+void writeWord(std::ostream& stream, const char* text)
 {
-    std::string word(kEscapedBlankChars * std::strlen(orEmpty(text)) + 1, '\0');
-    ConvertOutputStreamString(orEmpty(text), word.data());
-    word.resize(std::strlen(word.c_str()));
-    return word;
+    if (std::strchr(text, ' ') == nullptr) // most texts are their own word
+    {
+        stream << text << '\n';
+        return;
+    }
+    std::string word(kEscapedBlankChars * std::strlen(text) + 1, '\0');
+    ConvertOutputStreamString(text, word.data());
+    stream << word.c_str() << '\n';
 }
 
-std::string optionalWordOf(const char* text) { return isEmpty(text) ? kEmptyWord : wordOf(text); }
+void writeOptionalWord(std::ostream& stream, const char* text) { writeWord(stream, *text != '\0' ? text : kEmptyWord); }
 } // namespace aut

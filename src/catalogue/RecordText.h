@@ -24,9 +24,9 @@ std::string readWord(std::istream& stream, std::size_t maxChars);
 std::string textOfWord(const std::string& word);
 std::string textOfOptionalWord(const std::string& word);
 
-/// The word for a text; an optional text that is empty becomes "~".
-std::string wordOf(const char* text);
-std::string optionalWordOf(const char* text);
+/// Writes the word for a text and a line feed; an optional text that is empty becomes "~".
+void writeWord(std::ostream& stream, const char* text);
+void writeOptionalWord(std::ostream& stream, const char* text);
 } // namespace aut
 
 #endif
