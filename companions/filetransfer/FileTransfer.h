@@ -74,7 +74,8 @@ inline constexpr std::int32_t kMaximumLength = 512 * 1024 * 1024;
 // 12029 no connection, 12045 unknown certificate authority) are passed on as they are.
 inline constexpr int kFinished = 1;
 inline constexpr int kRunning = 2;
-/// Plus the status code of an HTTP answer other than 200: 13404 is "not found".
+/// Plus the status code of an HTTP answer other than 200: 13404 is "not found". Up to ten redirections are followed, to
+/// http and https only and never from https to http; one more gives 12156.
 inline constexpr int kHttpStatusBase = 13000;
 inline constexpr int kBadArgument = 14001;       ///< a null transfer or URL, or a text that is too long
 inline constexpr int kUnsupportedScheme = 14002; ///< neither http, https, ftp nor file

@@ -43,7 +43,7 @@ public:
     {
         Outcome outcome = openInternet(m_wanted, m_internet);
         if (outcome.good())
-            outcome = openSession(m_internet.get(), m_wanted, INTERNET_SERVICE_FTP, m_session);
+            outcome = openSession(m_internet.get(), m_wanted.url, INTERNET_SERVICE_FTP, m_session);
         if (!outcome.good())
             return withReply(outcome);
         setTimeOuts(m_session.get(), m_wanted.params);

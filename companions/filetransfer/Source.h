@@ -44,7 +44,7 @@ public:
     virtual ~Source() = default;
 
     [[nodiscard]] virtual Outcome open() = 0;
-    /// `got` 0 with a good outcome is the end of what comes.
+    /// `got` starts at 0; still 0 with a good outcome is the end of what comes.
     [[nodiscard]] virtual Outcome read(char* into, std::uint32_t bytes, std::uint32_t& got) = 0;
     /// After the end: whether the `received` bytes are the whole body.
     [[nodiscard]] virtual Outcome confirmWhole(std::uint64_t received) = 0;

@@ -77,7 +77,7 @@ std::string escapeUnsafe(std::string_view text)
     for (const char c : text)
     {
         const auto byte = static_cast<unsigned char>(c);
-        if (byte > 0x20 && byte < 0x7f && c != '"' && c != '<' && c != '>')
+        if (byte > 0x20 && byte < 0x7f && c != '"' && c != '<' && c != '>' && c != '\\')
         {
             safe += c;
             continue;
@@ -175,6 +175,11 @@ bool takeFile(std::string_view rest, Url& url)
 } // namespace
 
 std::string Url::hostName() const { return host.front() == '[' ? host.substr(1, host.size() - 2) : host; }
+
+std::string Url::text() const
+{
+    return (scheme == Scheme::https ? "https://" : "http://") + host + ":" + std::to_string(port) + object;
+}
 
 int parseUrl(std::string_view text, Url& url)
 {

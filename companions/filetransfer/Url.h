@@ -28,6 +28,8 @@ struct Url
 
     /// The host as a resolver takes it, without brackets.
     std::string hostName() const;
+    /// An http or https URL again as one text, without the user.
+    std::string text() const;
 };
 
 /// Takes `text` apart. @return 0, kUnsupportedScheme or ERROR_INTERNET_INVALID_URL. Backslashes before the query count

@@ -64,9 +64,8 @@ Outcome openInternet(const Request& request, UniqueInternet& internet)
     return {};
 }
 
-Outcome openSession(HINTERNET internet, const Request& request, DWORD service, UniqueInternet& session)
+Outcome openSession(HINTERNET internet, const Url& url, DWORD service, UniqueInternet& session)
 {
-    const Url& url = request.url;
     const bool anonymous = url.user.empty();
     const DWORD flags = service == INTERNET_SERVICE_FTP ? INTERNET_FLAG_PASSIVE : 0;
     session.reset(::InternetConnectA(internet, url.host.c_str(), url.port, anonymous ? nullptr : url.user.c_str(),

@@ -26,7 +26,7 @@ Outcome openInternet(const Request& request, UniqueInternet& internet);
 /// WinInet reads the receive time-out from the innermost handle.
 void setTimeOuts(HINTERNET handle, const ConnectionParams& params) noexcept;
 /// Connects to the URL's server; `service` is INTERNET_SERVICE_HTTP or INTERNET_SERVICE_FTP.
-Outcome openSession(HINTERNET internet, const Request& request, DWORD service, UniqueInternet& session);
+Outcome openSession(HINTERNET internet, const Url& url, DWORD service, UniqueInternet& session);
 
 /// One packet of a body. `got` 0 with a good outcome is the end.
 Outcome readInternet(HINTERNET handle, char* into, std::uint32_t bytes, std::uint32_t& got) noexcept;

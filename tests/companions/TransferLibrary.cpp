@@ -19,7 +19,8 @@ template <typename Fn> void lookUp(HMODULE library, const char* name, Fn& entry)
 
 const TransferLibrary& TransferLibrary::get()
 {
-    static const TransferLibrary loaded = [] {
+    static const TransferLibrary loaded = []
+    {
         TransferLibrary entries;
         const HMODULE library = ::LoadLibraryA("7xFileTransfer.dll");
         EXPECT_NE(nullptr, library) << "error " << ::GetLastError();
@@ -32,6 +33,8 @@ const TransferLibrary& TransferLibrary::get()
     }();
     return loaded;
 }
+
+bool runsUnderWine() { return ::GetProcAddress(::GetModuleHandleA("ntdll.dll"), "wine_get_version") != nullptr; }
 
 filetransfer::ConnectionParams testParams(const Adjust& adjust)
 {

@@ -21,6 +21,9 @@ struct TransferLibrary
     static const TransferLibrary& get();
 };
 
+/// For what its WinInet leaves out, with the reason where it is used.
+bool runsUnderWine();
+
 /// What a transfer ended with.
 struct Fetched
 {
