@@ -30,6 +30,14 @@ function(autools_sources)
   endforeach()
 endfunction()
 
+# The shared C++ runtime. The toolchain file names it when cross-building; a MinGW compiler on Windows has it beside itself.
+if(MINGW AND NOT AUTOOLS_RUNTIME_DLLS)
+  cmake_path(GET CMAKE_CXX_COMPILER PARENT_PATH compilerFolder)
+  file(GLOB AUTOOLS_RUNTIME_DLLS
+    ${compilerFolder}/libstdc++-6.dll ${compilerFolder}/libgcc_s_seh-1.dll ${compilerFolder}/libwinpthread-1.dll
+    ${compilerFolder}/libc++.dll ${compilerFolder}/libunwind.dll)
+endif()
+
 # autools_deploy_runtime(target): puts the shared C++ runtime beside the programs (once for the folder `bin`).
 function(autools_deploy_runtime)
   foreach(dll IN LISTS AUTOOLS_RUNTIME_DLLS)
