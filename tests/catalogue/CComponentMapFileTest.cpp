@@ -1,6 +1,7 @@
 #include "catalogue/CComponent.h"
 #include "tests/support/ClientRegistry.h"
 #include "tests/support/LogFile.h"
+#include "tests/support/OpenHandles.h"
 #include "tests/support/TestFolder.h"
 
 #include <gtest/gtest.h>
@@ -306,12 +307,9 @@ TEST_F(CComponentMapFile, ManyRoundsLeaveNoHandle)
         m_component.ReleaseMapFile();
     };
     round();
-    DWORD before = 0;
-    DWORD after = 0;
-    ASSERT_TRUE(::GetProcessHandleCount(::GetCurrentProcess(), &before));
+    const std::size_t before = auttest::openHandles();
     for (int i = 0; i < 200; ++i)
         round();
-    ASSERT_TRUE(::GetProcessHandleCount(::GetCurrentProcess(), &after));
-    EXPECT_EQ(before, after);
+    EXPECT_EQ(before, auttest::openHandles());
 }
 } // namespace

@@ -2,6 +2,7 @@
 #include "foundation/TimeText.h"
 #include "tests/catalogue/ReleaseFixture.h"
 #include "tests/support/LogFile.h"
+#include "tests/support/OpenHandles.h"
 
 #include <gtest/gtest.h>
 
@@ -273,12 +274,9 @@ TEST_F(AFullRelease, AThousandCopiesLeaveNoHandle)
         copy = m_release;
     };
     round();
-    DWORD before = 0;
-    DWORD after = 0;
-    ASSERT_TRUE(::GetProcessHandleCount(::GetCurrentProcess(), &before));
+    const std::size_t before = auttest::openHandles();
     for (int i = 0; i < 1000; ++i)
         round();
-    ASSERT_TRUE(::GetProcessHandleCount(::GetCurrentProcess(), &after));
-    EXPECT_EQ(before, after);
+    EXPECT_EQ(before, auttest::openHandles());
 }
 } // namespace

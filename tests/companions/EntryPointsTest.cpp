@@ -1,4 +1,5 @@
 #include "tests/companions/HttpFixture.h"
+#include "tests/support/OpenHandles.h"
 
 #include <windows.h>
 
@@ -184,36 +185,24 @@ TEST_F(EntryPoints, ManyTransfersLeaveNoHandleBehind)
         for (int i = 0; i < times; ++i)
             EXPECT_EQ(1, fetch(url()).status);
     };
-    const auto handles = []
-    {
-        DWORD count = 0;
-        ::GetProcessHandleCount(::GetCurrentProcess(), &count);
-        return static_cast<int>(count);
-    };
     run(10);
-    const int before = handles();
+    const std::size_t before = auttest::openHandles();
     run(200);
-    EXPECT_LE(handles(), before + 10);
+    EXPECT_LE(auttest::openHandles(), before + 10);
 }
 
 TEST_F(EntryPoints, ManyFailuresLeaveNoHandleBehind)
 {
     serve(pattern(1000), "framing=chunked, cut=500");
-    const auto handles = []
-    {
-        DWORD count = 0;
-        ::GetProcessHandleCount(::GetCurrentProcess(), &count);
-        return static_cast<int>(count);
-    };
     const auto run = [this](int times)
     {
         for (int i = 0; i < times; ++i)
             EXPECT_EQ(14005, fetch(url()).status);
     };
     run(10);
-    const int before = handles();
+    const std::size_t before = auttest::openHandles();
     run(100);
-    EXPECT_LE(handles(), before + 10);
+    EXPECT_LE(auttest::openHandles(), before + 10);
 }
 
 TEST_F(EntryPoints, TransfersOnSeveralThreadsDoNotDisturbEachOther)

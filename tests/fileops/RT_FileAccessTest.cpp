@@ -3,6 +3,7 @@
 #include "platform/UniqueResource.h"
 #include "tests/fileops/FileProbe.h"
 #include "tests/support/LogFile.h"
+#include "tests/support/OpenHandles.h"
 #include "tests/support/TestFolder.h"
 
 #include <gtest/gtest.h>
@@ -552,12 +553,9 @@ TEST(RT_FileHandle, AThousandRoundsLeaveNoHandle)
         file.Open(0x00);
     };
     round(); // what is loaded once
-    DWORD before = 0;
-    DWORD after = 0;
-    ASSERT_TRUE(::GetProcessHandleCount(::GetCurrentProcess(), &before));
+    const std::size_t before = auttest::openHandles();
     for (int i = 0; i < 1000; ++i)
         round();
-    ASSERT_TRUE(::GetProcessHandleCount(::GetCurrentProcess(), &after));
-    EXPECT_EQ(before, after);
+    EXPECT_EQ(before, auttest::openHandles());
 }
 } // namespace

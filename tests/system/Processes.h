@@ -2,6 +2,7 @@
 #define AUTOOLS_TESTS_SYSTEM_PROCESSES_H
 
 #include "platform/UniqueResource.h"
+#include "tests/support/OpenHandles.h"
 #include "tests/support/TestFolder.h"
 
 #include <string>
@@ -75,8 +76,6 @@ private:
     std::string m_program;
 };
 
-/// The handles that this process has open.
-std::size_t openHandles();
 /// domain\user of this process, as Windows tells it.
 std::string ownUser();
 /// Ends every process called explorer.exe of this Windows session, so that nobody counts as logged on.
