@@ -1,0 +1,97 @@
+#include "webconf/Network.h"
+
+#include "tests/support/ClientRegistry.h"
+
+#include <gtest/gtest.h>
+
+#include <windows.h>
+
+#include <cstring>
+#include <string>
+
+namespace
+{
+constexpr char kSettings[] = "Software\\Microsoft\\Windows\\CurrentVersion\\Internet Settings";
+
+bool isImpersonating()
+{
+    HANDLE token = nullptr;
+    if (!::OpenThreadToken(::GetCurrentThread(), TOKEN_QUERY, TRUE, &token))
+        return false;
+    ::CloseHandle(token);
+    return true;
+}
+
+class DetectProxySettingsTest : public ::testing::Test
+{
+protected:
+    DetectProxySettingsTest()
+    {
+        std::memset(m_proxy, '#', sizeof m_proxy);
+        std::memset(m_bypass, '#', sizeof m_bypass);
+    }
+    ~DetectProxySettingsTest() override
+    {
+        for (const char* value : {"ProxyEnable", "ProxyServer", "ProxyOverride"})
+            m_user.removeValue(kSettings, value);
+    }
+    void store(const std::string& proxy, const std::string& bypass)
+    {
+        m_user.write(kSettings, "ProxyEnable", 1);
+        m_user.write(kSettings, "ProxyServer", proxy.c_str());
+        m_user.write(kSettings, "ProxyOverride", bypass.c_str());
+    }
+
+    auttest::ClientRegistry m_registry;
+    auttest::Registry m_user{HKEY_CURRENT_USER};
+    char m_proxy[2064];
+    char m_bypass[2064];
+};
+
+TEST_F(DetectProxySettingsTest, GivesTheUsersProxyAndBypassList)
+{
+    store("proxy.example:8080", "*.intern.example 10.*");
+    EXPECT_TRUE(DetectProxySettings(m_proxy, m_bypass));
+    EXPECT_STREQ("proxy.example:8080", m_proxy);
+    EXPECT_STREQ("*.intern.example;10.*", m_bypass);
+}
+
+TEST_F(DetectProxySettingsTest, WithoutAProxyBothAreEmpty)
+{
+    EXPECT_TRUE(DetectProxySettings(m_proxy, m_bypass));
+    EXPECT_STREQ("", m_proxy);
+    EXPECT_STREQ("", m_bypass);
+}
+
+TEST_F(DetectProxySettingsTest, BothBuffersAreRequired)
+{
+    EXPECT_FALSE(DetectProxySettings(nullptr, m_bypass));
+    EXPECT_FALSE(DetectProxySettings(m_proxy, nullptr));
+    EXPECT_EQ('#', m_proxy[0]);
+    EXPECT_EQ('#', m_bypass[0]);
+}
+
+TEST_F(DetectProxySettingsTest, LongListsStayWithin2048Bytes)
+{
+    store(std::string(5'000, 'p'), std::string(5'000, 'b'));
+    EXPECT_TRUE(DetectProxySettings(m_proxy, m_bypass));
+    EXPECT_EQ(std::string(2'047, 'p'), m_proxy);
+    EXPECT_EQ(std::string(2'047, 'b'), m_bypass);
+    EXPECT_EQ('#', m_proxy[2048]);
+    EXPECT_EQ('#', m_bypass[2048]);
+}
+
+TEST_F(DetectProxySettingsTest, NobodyIsImpersonatedAfterwards)
+{
+    EXPECT_TRUE(DetectProxySettings(m_proxy, m_bypass));
+    EXPECT_FALSE(isImpersonating());
+}
+
+TEST_F(DetectProxySettingsTest, WhomTheCallerImpersonatedIsKept)
+{
+    ASSERT_TRUE(::ImpersonateSelf(SecurityImpersonation));
+    EXPECT_TRUE(DetectProxySettings(m_proxy, m_bypass));
+    EXPECT_TRUE(isImpersonating());
+    ::RevertToSelf();
+}
+} // namespace
