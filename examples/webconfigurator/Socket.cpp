@@ -73,9 +73,12 @@ bool StopSignal::wait(std::chrono::milliseconds time) const noexcept
 
 Socket::Socket(SOCKET owned, const StopSignal* stop) noexcept : m_socket(owned), m_stop(stop)
 {
+    if (m_socket == INVALID_SOCKET)
+        return;
     u_long nonBlocking = 1;
-    if (m_socket != INVALID_SOCKET)
-        ::ioctlsocket(m_socket, static_cast<long>(FIONBIO), &nonBlocking);
+    ::ioctlsocket(m_socket, static_cast<long>(FIONBIO), &nonBlocking);
+    const BOOL atOnce = TRUE; // head and body are sent apart, and the body must not wait for the head's acknowledgement
+    ::setsockopt(m_socket, IPPROTO_TCP, TCP_NODELAY, reinterpret_cast<const char*>(&atOnce), sizeof(atOnce));
 }
 
 Socket::Socket(Socket&& other) noexcept : m_socket(std::exchange(other.m_socket, INVALID_SOCKET)), m_stop(other.m_stop)
