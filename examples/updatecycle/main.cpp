@@ -106,8 +106,11 @@ void printFailure()
 /// Fetches the list and leaves it in `list`.
 ExitCode fetch(phase1xml& list)
 {
+    // The client's own transfer settings, once it is installed; the download library's before that.
     CConfig config;
-    const bool configured = config.GetValues(); // the client's transfer settings, once it is installed
+    std::error_code error;
+    const bool installed = std::filesystem::exists(static_cast<const char*>(config.GetConfigDataFile()), error);
+    const bool configured = installed && config.GetValues();
     int fetched = 0;
     {
         const Progress progress("Downloading the product list");
