@@ -34,9 +34,14 @@ protected:
         std::string command = own;
         command = '"' + command.substr(0, command.find_last_of('\\')) + "\\updatecycle.exe\" " + options;
 
+        // The first program of a Windows session may start others that inherit the file and outlive it.
         SECURITY_ATTRIBUTES inheritable = {sizeof inheritable, nullptr, TRUE};
-        aut::UniqueFile file(::CreateFileA((folder / "output.txt").c_str(), GENERIC_WRITE, FILE_SHARE_READ,
-                                           &inheritable, CREATE_ALWAYS, 0, nullptr));
+        static int runs = 0;
+        const std::string path = auttest::tempPath() + "\\updatecycle-" + std::to_string(::GetCurrentProcessId()) +
+                                 "-" + std::to_string(++runs);
+        const aut::UniqueFile file(::CreateFileA(path.c_str(), GENERIC_READ | GENERIC_WRITE | DELETE,
+                                                 FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, &inheritable,
+                                                 CREATE_ALWAYS, FILE_FLAG_DELETE_ON_CLOSE, nullptr));
         STARTUPINFOA startup = {};
         startup.cb = sizeof startup;
         startup.dwFlags = STARTF_USESTDHANDLES;
@@ -53,9 +58,17 @@ protected:
         EXPECT_EQ(WAIT_OBJECT_0, ::WaitForSingleObject(process.get(), 120'000));
         DWORD code = STILL_ACTIVE;
         ::GetExitCodeProcess(process.get(), &code);
-        file.reset();
-        output = folder.readFile("output.txt");
+        output = contentOf(file.get());
         return code;
+    }
+    static std::string contentOf(HANDLE file)
+    {
+        std::string content(::GetFileSize(file, nullptr), '\0');
+        DWORD read = 0;
+        ::SetFilePointer(file, 0, nullptr, FILE_BEGIN);
+        EXPECT_TRUE(::ReadFile(file, content.data(), static_cast<DWORD>(content.size()), &read, nullptr));
+        content.resize(read);
+        return content;
     }
     void expectOutput(const std::string& text) const
     {
