@@ -184,13 +184,12 @@ XmlParseError xmlParseError(IXMLDOMDocument* document)
 {
     XmlParseError error;
     Microsoft::WRL::ComPtr<IXMLDOMParseError> parser;
-    if (document == nullptr || FAILED(document->get_parseError(parser.GetAddressOf())) || parser == nullptr)
-        return error;
+    raiseIfFailed(document->get_parseError(parser.GetAddressOf()));
     UniqueBstr reason;
-    parser->get_errorCode(&error.code);
-    parser->get_line(&error.line);
-    parser->get_linepos(&error.column);
-    parser->get_reason(reason.put());
+    raiseIfFailed(parser->get_errorCode(&error.code));
+    raiseIfFailed(parser->get_reason(reason.put()));
+    raiseIfFailed(parser->get_line(&error.line));
+    raiseIfFailed(parser->get_linepos(&error.column));
     error.reason = ansiFromWide(reason);
     error.reason.TrimRight('\n');
     error.reason.TrimRight('\r');

@@ -2,6 +2,10 @@
 #include "tests/productlist/StandInDocument.h"
 #include "webconfigurator/WebConfigurator.h"
 
+#include <windows.h>
+
+#include <comdef.h>
+
 #include <optional>
 #include <string>
 #include <utility>
@@ -130,6 +134,27 @@ TEST_F(Retrieval, ASlowAnswerIsWaitedFor)
     EXPECT_EQ(4, releases.count());
 }
 
+TEST_F(Retrieval, ReadsOtherEncodings)
+{
+    const std::wstring wide = L"\uFEFF<r><Data><NewData><ProductList><Product><Name>Caf\u00E9</Name></Product>"
+                              L"</ProductList></NewData></Data></r>";
+    const std::string list16(reinterpret_cast<const char*>(wide.data()), wide.size() * sizeof(wchar_t));
+    const std::string before = "<r><Data><NewData><ProductList><Product><Name>Caf";
+    const std::string behind = "</Name></Product></ProductList></NewData></Data></r>";
+    char ansi[16] = {};
+    ::WideCharToMultiByte(CP_ACP, 0, L"Caf\u00E9", -1, ansi, sizeof ansi, nullptr, nullptr);
+    for (const std::string& body : {before + "\xC3\xA9" + behind, "\xEF\xBB\xBF" + before + "\xC3\xA9" + behind,
+                                    "<?xml version='1.0' encoding='ISO-8859-1'?>" + before + "\xE9" + behind, list16})
+    {
+        answerWith(body);
+        phase1xml list(url());
+        ASSERT_EQ(1, list.GetXMLDoc(&config)) << body;
+        auttest::OwnedReleases parsed;
+        ASSERT_EQ(1, list.ParseXMLDocument(&parsed, ""));
+        EXPECT_STREQ(ansi, parsed.at(0).GetName()) << body;
+    }
+}
+
 // What is not well formed.
 
 struct Garbage
@@ -192,6 +217,18 @@ TEST_F(Retrieval, LogsWhatTheParserSays)
               log.events());
 }
 
+TEST_F(Retrieval, AComErrorOfTheParseErrorReachesTheCaller)
+{
+    auttest::DocumentChanges changes;
+    changes.parseErrorStatus = E_ACCESSDENIED;
+    const auttest::StandInDocument standIn(changes);
+    answerWith("<b></a>");
+    phase1xml list(url());
+    EXPECT_THROW(list.GetXMLDoc(&config), _com_error);
+    EXPECT_TRUE(log.has("Warning", "Phase1: New log"));
+    EXPECT_EQ(500, result->GetStatusCode());
+}
+
 TEST_F(Retrieval, AnAnswerNestedWithoutEndIsRefused)
 {
     std::string body;
@@ -215,6 +252,7 @@ TEST_F(Retrieval, AnAnswerOf100MegabytesIsReadOrRefusedAsAWhole)
     body += "</ProductList></NewData></Data></r>";
     answerWith(std::move(body));
     config.TimeOut = 120;
+    config.PacketSize = 65535;
     phase1xml list(url());
     // Some versions of the parser set themselves a limit below this size, others take it.
     if (list.GetXMLDoc(&config) == 1)

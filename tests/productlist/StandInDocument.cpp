@@ -80,6 +80,8 @@ HRESULT STDMETHODCALLTYPE documentElement(IXMLDOMDocument* self, IXMLDOMElement*
 }
 HRESULT STDMETHODCALLTYPE documentParseError(IXMLDOMDocument* self, IXMLDOMParseError** out)
 {
+    if (FAILED(changes.parseErrorStatus))
+        return changes.parseErrorStatus;
     if (!changes.ownParseError)
         return systemTable.get_parseError(self, out);
     *out = parseError();

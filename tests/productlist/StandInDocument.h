@@ -11,6 +11,7 @@ struct DocumentChanges
     bool validatesOnParse = true;
     HRESULT validateOnParseStatus = S_OK; ///< what reading that property returns
     HRESULT documentElementStatus = S_OK; ///< what asking for the document element returns
+    HRESULT parseErrorStatus = S_OK;      ///< what asking for the parse error returns
     bool ownParseError = false;           ///< the four values below instead of the parser's own
     long errorCode = 0;
     const wchar_t* errorReason = L"";
