@@ -51,10 +51,15 @@ struct FreeMemory
 /// Texts of the option's record may be null.
 std::string textOf(const void* text) { return aut::orEmpty(static_cast<const char*>(text)); }
 
-bool querySettings(char* proxy, char* bypass)
+BOOL queryWinInet(void* buffer, DWORD* size)
+{
+    return ::InternetQueryOptionA(nullptr, INTERNET_OPTION_PROXY, buffer, size);
+}
+
+bool querySettings(aut::QueryProxyOption query, char* proxy, char* bypass)
 {
     DWORD size = 0;
-    ::InternetQueryOptionA(nullptr, INTERNET_OPTION_PROXY, nullptr, &size);
+    query(nullptr, &size);
     if (size == 0)
     {
         Log(1, "No Proxy settings to query.");
@@ -67,7 +72,7 @@ bool querySettings(char* proxy, char* bypass)
         Log(2, "DetectProxySettings Memory Failure");
         return false;
     }
-    if (!::InternetQueryOptionA(nullptr, INTERNET_OPTION_PROXY, option.get(), &size))
+    if (!query(option.get(), &size))
     {
         Log(1, "Unable to detect Proxy settings.");
         return false;
@@ -102,7 +107,7 @@ std::string aut::bypassOf(const std::string& bypassList, const std::string& prox
     return bypass;
 }
 
-bool DetectProxySettings(char* proxy, char* bypass)
+bool aut::detectProxySettings(QueryProxyOption query, char* proxy, char* bypass)
 try
 {
     if (proxy == nullptr || bypass == nullptr)
@@ -110,10 +115,12 @@ try
     proxy[0] = '\0';
     bypass[0] = '\0';
     const AsLoggedOnUser impersonation;
-    return querySettings(proxy, bypass);
+    return querySettings(query, proxy, bypass);
 }
 catch (const std::bad_alloc&)
 {
     Log(2, "DetectProxySettings Memory Failure");
     return false;
 }
+
+bool DetectProxySettings(char* proxy, char* bypass) { return aut::detectProxySettings(queryWinInet, proxy, bypass); }
