@@ -32,7 +32,7 @@ update_exports)
 exports)
     if ! diff --unchanged-line-format= --old-line-format='no longer exported: %L' --new-line-format='new export: %L' \
         "$here/exports.txt" <(exports); then
-        echo "If this is meant, build the target update_exports and commit tests/library/exports.txt."
+        echo "If this is meant, build the target update_exports and commit tests/exports/exports.txt."
         exit 1
     fi
     ;;
