@@ -7,7 +7,7 @@ set -eu
 packages=(cmake ninja-build ccache g++-mingw-w64-x86-64-posix wine64)
 case ${1:-} in
 build) ;;
-test) packages+=(googletest clang-14 lld-14 openssl) ;; # openssl serves TLS to the download library
+test) packages+=(googletest clang lld openssl) ;; # openssl serves TLS to the download library
 *)
     sed -n '2,/^set -eu/{/^#/s/^# \{0,1\}//p}' "$0" >&2
     exit 2

@@ -33,10 +33,10 @@ if [ "$buildTree" = / ]; then
     exit 2
 fi
 export AUTOOLS_WINE_CACHE="${AUTOOLS_WINE_CACHE:-$buildTree/wine/cache}"
-mkdir -p "$buildTree/wine" "$buildTree/test-results"
+mkdir -p "$buildTree/wine/suites" "$buildTree/test-results"
 
 # Each run holds the lock of its prefix for as long as it lives: a lock that is free belongs to a run that was killed.
-for lock in "$buildTree"/wine/*.lock; do
+for lock in "$buildTree"/wine/suites/*.lock; do
     [ -e "$lock" ] || continue
     (
         flock -n 9 || exit 0
@@ -45,7 +45,7 @@ for lock in "$buildTree"/wine/*.lock; do
     ) 9<"$lock"
 done
 
-prefix=$buildTree/wine/$suite-$$
+prefix=$buildTree/wine/suites/$suite-$$
 exec 9>"$prefix.lock"
 flock 9
 
