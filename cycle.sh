@@ -43,6 +43,7 @@ step "Packages"
 scripts/install-packages.sh build || exit 1
 
 step "Building in build/$preset"
+[ -e "$tree/bin/updatecycle.exe" ] || echo "(a minute or two the first time)"
 if [ ! -e "$tree/build.ninja" ]; then
     attempt cmake --preset "$preset" -DBUILD_TESTING=OFF -DAUTOOLS_BUILD_BENCH=OFF
 fi

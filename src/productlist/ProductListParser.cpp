@@ -78,7 +78,7 @@ try
                 auto component = std::make_unique<CComponent>();
                 SetComponentAttributes(element, component.get());
                 release->GetComponentList().AddTail(component.get());
-                component.release();
+                static_cast<void>(component.release()); // the release's list has it now
             }
     }
     Log(kTrace, "phase1xml::ParseXMLDocument - END");
@@ -89,6 +89,9 @@ catch (const std::bad_alloc&)
     Log(2, "phase1xml::ParseXMLDocument - out of memory");
     return 0; // what is in the list stays there and is the caller's
 }
+
+// Nodes are handed over by value in the class's interface.
+// NOLINTBEGIN(performance-unnecessary-value-param)
 
 int phase1xml::SetReleaseAttributes(XmlNodePtr node, CRelease* release)
 {
@@ -119,6 +122,8 @@ String phase1xml::GetXMLAttribute(XmlNodePtr node, const char* path)
 {
     return aut::xmlText(aut::selectXmlNode(node.Get(), path).Get());
 }
+
+// NOLINTEND(performance-unnecessary-value-param)
 
 void phase1xml::GetCountry()
 {
