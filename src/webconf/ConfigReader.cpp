@@ -71,7 +71,7 @@ XmlNodePtr nextInDocumentOrder(XmlNodePtr node, long& depth)
 
 XmlNodePtr findAndRead(IXMLDOMNode* node, const char* name, String& text)
 {
-    const XmlNodePtr element = findConfigElement(node, name);
+    XmlNodePtr element = findConfigElement(node, name);
     text = xmlTypedText(element.Get());
     return element;
 }

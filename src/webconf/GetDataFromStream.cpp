@@ -11,6 +11,7 @@
 #include <windows.h>
 
 #include <climits>
+#include <cstdint>
 #include <cstring>
 #include <memory>
 #include <new>
@@ -50,8 +51,8 @@ unsigned __stdcall workerThread(void* argument)
 aut::UniqueHandle startWorker(const SharedBlock& block)
 {
     auto share = std::make_unique<SharedBlock>(block);
-    aut::UniqueHandle thread(
-        reinterpret_cast<HANDLE>(::_beginthreadex(nullptr, 0, workerThread, share.get(), 0, nullptr)));
+    const std::uintptr_t handle = ::_beginthreadex(nullptr, 0, workerThread, share.get(), 0, nullptr);
+    aut::UniqueHandle thread(reinterpret_cast<HANDLE>(handle)); // NOLINT(performance-no-int-to-ptr): the runtime's way
     if (thread)
         (void)share.release();
     return thread;
