@@ -15,6 +15,19 @@ constexpr std::size_t kLargestSendBytes = 64 * 1024;
     throw std::runtime_error(std::string(what) + " failed with " + std::to_string(::WSAGetLastError()));
 }
 
+/// Winsock stays up from the first socket to the end of the process.
+SOCKET newSocket(int type)
+{
+    static const int failure = []
+    {
+        WSADATA ignored;
+        return ::WSAStartup(MAKEWORD(2, 2), &ignored);
+    }();
+    if (failure != 0)
+        throw std::runtime_error("Winsock is not available");
+    return ::socket(AF_INET, type, 0);
+}
+
 /// A loopback address as the socket calls take it.
 struct Address
 {
@@ -38,16 +51,7 @@ bool contains(fd_set& set, SOCKET socket) noexcept
 }
 } // namespace
 
-Winsock::Winsock()
-{
-    WSADATA ignored;
-    if (::WSAStartup(MAKEWORD(2, 2), &ignored) != 0)
-        throw std::runtime_error("Winsock is not available");
-}
-
-Winsock::~Winsock() { ::WSACleanup(); }
-
-StopSignal::StopSignal() : m_socket(::socket(AF_INET, SOCK_DGRAM, IPPROTO_UDP))
+StopSignal::StopSignal() : m_socket(newSocket(SOCK_DGRAM))
 {
     Address address;
     if (m_socket == INVALID_SOCKET || ::bind(m_socket, address.get(), address.size) != 0 ||
@@ -98,8 +102,7 @@ Socket& Socket::operator=(Socket&& other) noexcept
 
 Socket Socket::listen(unsigned short port, const StopSignal* stop, int backlog)
 {
-    const Winsock winsock;
-    Socket listener(::socket(AF_INET, SOCK_STREAM, IPPROTO_TCP), stop);
+    Socket listener(newSocket(SOCK_STREAM), stop);
     if (!listener)
         fail("socket");
     // Nobody else may take the port over, and a port that is in use is an error.
@@ -117,7 +120,7 @@ Socket Socket::listen(unsigned short port, const StopSignal* stop, int backlog)
 Socket Socket::connect(unsigned short port, const StopSignal* stop)
 {
     Address address(port);
-    const SOCKET socket = ::socket(AF_INET, SOCK_STREAM, IPPROTO_TCP);
+    const SOCKET socket = newSocket(SOCK_STREAM);
     if (socket == INVALID_SOCKET)
         fail("socket");
     const bool connected = ::connect(socket, address.get(), address.size) == 0;

@@ -8,17 +8,6 @@
 
 namespace webconf_sample
 {
-/// Keeps Winsock up.
-class Winsock
-{
-public:
-    /// Throws std::runtime_error.
-    Winsock();
-    Winsock(const Winsock&) = delete;
-    Winsock& operator=(const Winsock&) = delete;
-    ~Winsock();
-};
-
 /// Raised once, when a server ends; ends every wait of the sockets that know it, on any thread. (Shutting a socket down
 /// from another thread does not end a blocked call on every system.)
 class StopSignal
@@ -38,7 +27,6 @@ public:
     SOCKET socket() const noexcept { return m_socket; }
 
 private:
-    Winsock m_winsock;
     SOCKET m_socket; // a datagram socket that sends to itself
 };
 

@@ -60,7 +60,6 @@ TEST_F(HttpTransfer, AServerThatTakesNoConnectionEndsWithTheConnectTimeOut)
     if (auttest::runsUnderWine())
         GTEST_SKIP() << "this WinInet waits for a connection as long as the system does";
     // A full backlog leaves further connections unanswered.
-    const webconf_sample::Winsock winsock;
     const auto listener = webconf_sample::Socket::listen(0, nullptr, 1);
     std::vector<webconf_sample::Socket> waiting;
     for (int i = 0; i < 2; ++i)

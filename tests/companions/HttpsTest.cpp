@@ -130,8 +130,7 @@ protected:
 
     static unsigned short freePort()
     {
-        const webconf_sample::Winsock winsock;
-        return webconf_sample::Socket::listen(0).port();
+            return webconf_sample::Socket::listen(0).port();
     }
 
     std::string url(const std::string& host, const std::string& name) const
