@@ -184,6 +184,8 @@ XmlParseError xmlParseError(IXMLDOMDocument* document)
 {
     XmlParseError error;
     Microsoft::WRL::ComPtr<IXMLDOMParseError> parser;
+    if (document == nullptr)
+        return error;
     raiseIfFailed(document->get_parseError(parser.GetAddressOf()));
     UniqueBstr reason;
     raiseIfFailed(parser->get_errorCode(&error.code));

@@ -62,7 +62,7 @@ struct XmlParseError
     long line = 0;
     long column = 0;
 };
-/// Raises.
+/// All zero for null. Raises.
 XmlParseError xmlParseError(IXMLDOMDocument* document);
 
 /// Walks a node's children in order, once, handing out each: O(children).

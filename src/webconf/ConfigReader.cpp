@@ -6,7 +6,6 @@
 #include <comdef.h>
 
 #include <cstdlib>
-#include <string>
 #include <utility>
 
 namespace aut
@@ -24,18 +23,9 @@ XmlNodePtr follow(const XmlNodePtr& node, Step step)
     return next;
 }
 
-bool isElement(const XmlNodePtr& node)
-{
-    DOMNodeType type = NODE_INVALID;
-    const HRESULT status = node->get_nodeType(&type);
-    if (FAILED(status))
-        throw _com_error(status);
-    return type == NODE_ELEMENT;
-}
-
 XmlNodePtr nextElement(XmlNodePtr node)
 {
-    while (node != nullptr && !isElement(node))
+    while (node != nullptr && !isXmlElement(node.Get()))
         node = follow(node, &IXMLDOMNode::get_nextSibling);
     return node;
 }
@@ -44,7 +34,7 @@ XmlNodePtr nextElement(XmlNodePtr node)
 XmlNodePtr childElement(const XmlNodePtr& parent, const char* name)
 {
     XmlNodePtr child = nextElement(follow(parent, &IXMLDOMNode::get_firstChild));
-    while (child != nullptr && xmlName(child.Get()) != name)
+    while (child != nullptr && !(XmlName(child.Get()) == name))
         child = nextElement(follow(child, &IXMLDOMNode::get_nextSibling));
     return child;
 }
@@ -87,7 +77,7 @@ XmlNodePtr findConfigElement(IXMLDOMNode* node, const char* name)
     long depth = 0;
     for (XmlNodePtr current(node); current != nullptr; current = nextInDocumentOrder(std::move(current), depth))
     {
-        if (xmlName(current.Get()) == name)
+        if (XmlName(current.Get()) == name)
             return current;
         XmlNodePtr child = childElement(current, name);
         if (child != nullptr)
