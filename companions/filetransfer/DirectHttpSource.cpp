@@ -17,8 +17,9 @@ namespace filetransfer
 {
 namespace
 {
-constexpr std::size_t kLongestHeadBytes = 64 * 1024;
+constexpr std::size_t kLongestHeadBytes = 64 * 1024; // with all interim answers before it
 constexpr std::uint32_t kHttpOk = 200;
+constexpr std::uint32_t kHttpUnauthorized = 401;
 
 struct SocketTraits
 {
@@ -73,11 +74,10 @@ public:
     {
         WSADATA ignored;
         m_started = ::WSAStartup(MAKEWORD(2, 2), &ignored) == 0;
-        Outcome outcome = connect();
-        if (outcome.good())
-            outcome = sendRequest();
-        if (outcome.good())
-            outcome = readHead();
+        Outcome outcome = ask(false);
+        // A user's name and password go only to a server that asks for them.
+        if (m_httpStatus == kHttpUnauthorized && m_asksBasic && !m_wanted.direct->user.empty())
+            outcome = ask(true);
         return outcome;
     }
 
@@ -109,6 +109,18 @@ public:
 private:
     bool ended() const noexcept { return m_chunked ? m_decoder.complete() : m_received == m_announcedLength; }
 
+    Outcome ask(bool logOn)
+    {
+        m_unread = std::string_view();
+        m_at = 0;
+        Outcome outcome = connect();
+        if (outcome.good())
+            outcome = sendRequest(logOn);
+        if (outcome.good())
+            outcome = readHead();
+        return outcome;
+    }
+
     Outcome connect()
     {
         addrinfo hints{};
@@ -133,9 +145,9 @@ private:
                  waitFor(m_socket.get(), Wish::write, m_wanted.params.connectTimeOut)));
     }
 
-    Outcome sendRequest()
+    Outcome sendRequest(bool logOn)
     {
-        const std::string request = directRequest(*m_wanted.direct, m_wanted.params.cacheDisabled != 0);
+        const std::string request = directRequest(*m_wanted.direct, m_wanted.params.cacheDisabled != 0, logOn);
         std::string_view unsent = request;
         while (!unsent.empty())
         {
@@ -154,7 +166,7 @@ private:
     {
         std::string head;
         HttpHead parsed;
-        do
+        for (std::size_t taken = 0; !endsHead(head); ++taken)
         {
             if (m_at == m_unread.size())
             {
@@ -162,7 +174,7 @@ private:
                 if (!outcome.good())
                     return outcome;
             }
-            if (m_unread.empty() || head.size() > kLongestHeadBytes)
+            if (m_unread.empty() || taken == kLongestHeadBytes)
                 return internetError(ERROR_HTTP_INVALID_SERVER_RESPONSE);
             head += m_unread[m_at++];
             if (endsHead(head) && parseHead(head, parsed) && parsed.status / 100 == 1)
@@ -170,11 +182,12 @@ private:
                 head.clear(); // an interim answer comes before the real one
                 parsed = HttpHead();
             }
-        } while (!endsHead(head));
+        }
         if (parsed.status == 0)
             return internetError(ERROR_HTTP_INVALID_SERVER_RESPONSE);
         m_httpStatus = parsed.status;
         m_chunked = parsed.chunked;
+        m_asksBasic = parsed.asksBasic;
         m_announcedLength = parsed.length;
         return parsed.status == kHttpOk ? Outcome()
                                         : Outcome{kHttpStatusBase + static_cast<int>(parsed.status), 0, false};
@@ -224,6 +237,7 @@ private:
     std::string_view m_unread; // in m_buffer
     std::size_t m_at = 0;      // in m_unread
     bool m_chunked = false;
+    bool m_asksBasic = false;
     ChunkDecoder m_decoder;
     std::uint64_t m_received = 0;
 };

@@ -82,6 +82,8 @@ bool parseHead(std::string_view text, HttpHead& head)
         const std::string_view value = trimmed(line.substr(std::min(colon + 1, line.size())));
         if (equalIgnoringCase(name, "Transfer-Encoding"))
             head.chunked = !equalIgnoringCase(value, "identity");
+        if (equalIgnoringCase(name, "WWW-Authenticate"))
+            head.asksBasic = head.asksBasic || equalIgnoringCase(value.substr(0, value.find(' ')), "Basic");
         if (!equalIgnoringCase(name, "Content-Length"))
             continue;
         std::uint64_t length = 0;
@@ -95,7 +97,7 @@ bool parseHead(std::string_view text, HttpHead& head)
     return status != 0;
 }
 
-std::string directRequest(const Url& url, bool pastCaches)
+std::string directRequest(const Url& url, bool pastCaches, bool logOn)
 {
     std::string request = "GET " + url.object + " HTTP/1.1\r\nHost: " + url.host;
     if (url.port != 80)
@@ -103,7 +105,7 @@ std::string directRequest(const Url& url, bool pastCaches)
     request += "\r\nUser-Agent: 7xFileTransfer/" FILETRANSFER_VERSION "\r\nAccept: */*\r\nConnection: close\r\n";
     if (pastCaches)
         request += "Pragma: no-cache\r\nCache-Control: no-cache\r\n";
-    if (!url.user.empty())
+    if (logOn)
         request += "Authorization: Basic " + base64(url.user + ":" + url.password) + "\r\n";
     return request + "\r\n";
 }

@@ -15,6 +15,7 @@ struct HttpHead
 {
     std::uint32_t status = 0; ///< 0: no HTTP answer, or one that contradicts itself
     bool chunked = false;
+    bool asksBasic = false; ///< a log-on of the Basic kind
     std::optional<std::uint64_t> length;
 };
 
@@ -25,8 +26,8 @@ bool parseHead(std::string_view text, HttpHead& head);
 /// Digits only, as in a Content-Length.
 bool parseLength(std::string_view text, std::uint64_t& length) noexcept;
 
-/// The request of a GET whose connection ends with its answer; logs on with the URL's user, when it has one.
-std::string directRequest(const Url& url, bool pastCaches);
+/// The request of a GET whose connection ends with its answer.
+std::string directRequest(const Url& url, bool pastCaches, bool logOn);
 } // namespace filetransfer
 
 #endif

@@ -144,6 +144,7 @@ bool Rule::fits(const HttpRequest& request) const
 {
     return (page.empty() || equalIgnoringCase(page, request.page)) &&
            (path.empty() || equalIgnoringCase(path, request.path)) &&
+           (header.first.empty() || request.header(header.first) == header.second) &&
            std::all_of(query.begin(), query.end(),
                        [&request](const auto& wanted) { return request.parameter(wanted.first) == wanted.second; });
 }

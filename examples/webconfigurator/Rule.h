@@ -9,6 +9,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace webconf_sample
@@ -56,7 +57,8 @@ struct Rule
     std::string page; ///< last part of the path, in any case
     std::string path; ///< the whole path, in any case
     std::map<std::string, std::string> query;
-    int times = -1; ///< how many requests it serves; -1: all
+    std::pair<std::string, std::string> header; ///< a header's name and its value; an empty value: it is absent
+    int times = -1;                             ///< how many requests it serves; -1: all
     Answer answer;
 
     bool fits(const HttpRequest& request) const;

@@ -45,6 +45,17 @@ TEST(HttpHead, TheSameLengthTwiceIsNoContradiction)
     EXPECT_EQ(7u, head.length.value_or(0));
 }
 
+TEST(HttpHead, ABasicLogOnIsSeenAmongOthers)
+{
+    HttpHead head;
+    EXPECT_TRUE(parseHead(
+        "HTTP/1.1 401 x\r\nWWW-Authenticate: Negotiate\r\nwww-authenticate: basic realm=\"Basics\"\r\n\r\n", head));
+    EXPECT_TRUE(head.asksBasic);
+    HttpHead other;
+    EXPECT_TRUE(parseHead("HTTP/1.1 401 x\r\nWWW-Authenticate: Negotiate Basic\r\n\r\n", other));
+    EXPECT_FALSE(other.asksBasic);
+}
+
 TEST(HttpHead, TheEmptyLineEndsIt)
 {
     EXPECT_TRUE(endsHead("HTTP/1.1 200 OK\r\n\r\n"));
@@ -61,7 +72,7 @@ TEST(HttpHead, ADirectRequestAsksForOneAnswer)
     url.object = "/a?b";
     EXPECT_EQ("GET /a?b HTTP/1.1\r\nHost: host:8080\r\nUser-Agent: 7xFileTransfer/1.2.3\r\nAccept: */*\r\n"
               "Connection: close\r\n\r\n",
-              directRequest(url, false));
+              directRequest(url, false, false));
 }
 
 TEST(HttpHead, ADirectRequestLogsOnAndAsksPastCaches)
@@ -78,6 +89,6 @@ TEST(HttpHead, ADirectRequestLogsOnAndAsksPastCaches)
         EXPECT_EQ("GET / HTTP/1.1\r\nHost: host\r\nUser-Agent: 7xFileTransfer/1.2.3\r\nAccept: */*\r\n"
                   "Connection: close\r\nPragma: no-cache\r\nCache-Control: no-cache\r\nAuthorization: Basic " +
                       std::string(coded) + "\r\n\r\n",
-                  directRequest(url, true));
+                  directRequest(url, true, true));
     }
 }

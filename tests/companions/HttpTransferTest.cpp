@@ -275,6 +275,21 @@ INSTANTIATE_TEST_SUITE_P(
                "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n2\r\nabcdef\r\n0\r\n\r\n"}),
     [](const auto& row) { return row.param.name; });
 
+TEST_F(HttpTransfer, InterimAnswersAreSkippedButNotForEver)
+{
+    const std::string interim = "HTTP/1.1 100 Continue\r\n\r\n";
+    serveRaw(interim + interim + "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n2\r\nok\r\n0\r\n\r\n");
+    m_server.addRule("body=x, framing=chunked, times=1"); // sends the library to ask for itself
+    EXPECT_EQ("ok", fetch(url()).body);
+
+    std::string endless;
+    while (endless.size() < 1000000)
+        endless += interim;
+    serveRaw(endless);
+    m_server.addRule("body=x, framing=chunked, times=1");
+    EXPECT_EQ(12152, fetch(url()).status);
+}
+
 TEST_F(HttpTransfer, AnAnswerWithoutHeadersIsUnderstood)
 {
     serveRaw("HTTP/1.0 200 OK\r\n\r\n<answer/>");
@@ -422,12 +437,12 @@ TEST_F(HttpTransfer, WithTheCacheEnabledAnOutdatedCopyIsNotTaken)
 class HttpLogOn : public auttest::HttpFixture, public ::testing::WithParamInterface<LengthRow>
 {
 protected:
-    /// Asks for a log-on once, then lets the client in.
+    /// Asks for a log-on whoever does not bring one.
     void serveGuarded(const std::string& framing)
     {
         serve("secret", framing);
         webconf_sample::Rule guard;
-        guard.times = 1;
+        guard.header = {"Authorization", ""};
         guard.answer.status = 401;
         guard.answer.body = "";
         guard.answer.framing = webconf_sample::Framing::length;
@@ -455,6 +470,14 @@ INSTANTIATE_TEST_SUITE_P(All, HttpLogOn,
                          ::testing::Values(LengthRow{"WithALength", "framing=length"},
                                            LengthRow{"InChunks", "framing=always-chunked"}),
                          [](const auto& row) { return row.param.name; });
+
+TEST_P(HttpLogOn, AServerThatDoesNotAskIsToldNoPassword)
+{
+    serve("open to all", GetParam().rule);
+    EXPECT_EQ("open to all", fetch(url(), nullptr, false, "user", "pass").body);
+    for (const auto& request : m_server.requests())
+        EXPECT_EQ("", request.header("Authorization"));
+}
 
 TEST_F(HttpTransfer, WithoutAUserARequestedLogOnIsAnError)
 {

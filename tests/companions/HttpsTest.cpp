@@ -128,10 +128,7 @@ protected:
         EXPECT_TRUE(waitForText(m_folder / "log", "ended"));
     }
 
-    static unsigned short freePort()
-    {
-            return webconf_sample::Socket::listen(0).port();
-    }
+    static unsigned short freePort() { return webconf_sample::Socket::listen(0).port(); }
 
     std::string url(const std::string& host, const std::string& name) const
     {
