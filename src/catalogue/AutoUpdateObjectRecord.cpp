@@ -23,17 +23,16 @@ int AutoUpdateObject::Serialize(std::ifstream& stream)
         int action = 0;
         long id = 0;
         int enabled = m_enabled;
-        stream >> action;
+        aut::readNumber(stream, action);
         const std::string build = aut::readWord(stream, kMaxBuildChars);
-        stream >> id;
+        aut::readNumber(stream, id);
         const std::string language = aut::readWord(stream, kMaxLanguageChars);
         const std::string name = aut::readWord(stream, kMaxNameChars);
         const std::string version = aut::readWord(stream, kMaxVersionChars);
         if (!stream.good())
             return 0;
         // The end is not tested again: a record cut off before this number keeps the object's own.
-        stream >> enabled;
-        if (aut::isBroken(stream))
+        if (!aut::readNumber(stream, enabled))
             return 0;
 
         m_action = action;

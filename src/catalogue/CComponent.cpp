@@ -98,8 +98,8 @@ int CComponent::Serialize(std::ifstream& stream)
         aut::copyText(m_sourceLocation, location.c_str());
 
         int shared = m_shared;
-        stream >> shared; // the end is not tested again: a record cut off here keeps the component's own flag
-        if (aut::isBroken(stream))
+        // The end is not tested again: a record cut off here keeps the component's own flag.
+        if (!aut::readNumber(stream, shared))
             return 0;
         m_shared = shared;
         return 1;

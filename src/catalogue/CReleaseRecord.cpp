@@ -50,15 +50,15 @@ int CRelease::Serialize(std::ifstream& stream)
 
 bool CRelease::ReadOwnValues(std::ifstream& stream, int& count)
 {
-    stream >> m_activationDate >> count;
+    aut::readNumber(stream, m_activationDate);
+    aut::readNumber(stream, count);
     const std::string certificateId = aut::readWord(stream, kMaxWordChars);
     if (!stream.good())
         return false;
     SetCertificateID(certificateId == "~" ? "" : certificateId.c_str()); // stored as it is, without escaping
     // No download stands before pre-install only, unlike their order in the object. The end is not tested again: a
     // record cut off here keeps the release's own, and fails on its first component if it has any.
-    stream >> m_noDownload >> m_preInstallOnly;
-    return !aut::isBroken(stream);
+    return aut::readNumber(stream, m_noDownload) && aut::readNumber(stream, m_preInstallOnly);
 }
 
 bool CRelease::ReadComponents(std::ifstream& stream, int count)

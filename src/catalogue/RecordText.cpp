@@ -16,7 +16,7 @@ constexpr char kEmptyWord[] = "~";
 constexpr std::size_t kEscapedBlankChars = 3;
 } // namespace
 
-bool isBroken(const std::istream& stream) { return stream.fail() && !stream.eof(); }
+bool isBroken(const std::istream& stream) { return stream.bad() || (stream.fail() && !stream.eof()); }
 
 std::string readWord(std::istream& stream, std::size_t maxChars)
 {

@@ -2,7 +2,7 @@
 #define AUTOOLS_CATALOGUE_RECORDTEXT_H
 
 #include <cstddef>
-#include <iosfwd>
+#include <istream>
 #include <string>
 
 namespace aut
@@ -17,6 +17,25 @@ namespace aut
 
 /// Whether the stream was never readable or has met something that can be no record.
 bool isBroken(const std::istream& stream);
+
+/// Reads one number and skips the white space before it. At the end of the stream the number keeps its value; what is
+/// there and is no number of this type breaks the stream, even where it runs to the very end, and keeps the value too.
+/// @return false when the stream is broken
+template <typename Number> bool readNumber(std::istream& stream, Number& number)
+{
+    if (stream.good())
+        stream >> std::ws;
+    if (!stream.good())
+        return !isBroken(stream);
+    Number read = 0;
+    if (!(stream >> read))
+    {
+        stream.setstate(std::ios_base::badbit); // the end flag alone would make it look like a number left out
+        return false;
+    }
+    number = read;
+    return true;
+}
 
 /// Reads one whole word; one of more than `maxChars` characters breaks the stream. "" behind the end.
 std::string readWord(std::istream& stream, std::size_t maxChars);

@@ -254,6 +254,10 @@ INSTANTIATE_TEST_SUITE_P(
                       BadRecord{"IdIsTooSmall", "0\nb\n-2147483649\nl\nn\nv\n1\n"},
                       BadRecord{"IdIsMillionsOfDigits", "0\nb\n" + kHuge + "\nl\nn\nv\n1\n"},
                       BadRecord{"EnabledIsAWord", "0\nb\n1\nl\nn\nv\nyes\n"},
+                      // The last number, with nothing behind it.
+                      BadRecord{"EnabledIsASignAtTheEnd", "0\nb\n1\nl\nn\nv\n-"},
+                      BadRecord{"EnabledIsAWordAtTheEnd", "0\nb\n1\nl\nn\nv\nx"},
+                      BadRecord{"EnabledIsTooLargeAtTheEnd", "0\nb\n1\nl\nn\nv\n99999999999"},
                       BadRecord{"BuildIsTooLong", lines({"0", std::string(64, 'b'), "1", "l", "n", "v", "1"})},
                       BadRecord{"LanguageIsTooLong", lines({"0", "b", "1", std::string(16, 'l'), "n", "v", "1"})},
                       BadRecord{"NameIsTooLong", lines({"0", "b", "1", "l", std::string(128, 'n'), "v", "1"})},

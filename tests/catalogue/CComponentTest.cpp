@@ -208,8 +208,11 @@ TEST(CComponentRecord, WhatIsNoRecordFails)
 {
     const std::string base = "2\nB2\n5\nEN\ncomp\n1.0\n1\n";
     const StreamFile file;
-    for (const std::string& rest : {std::string(260, 'x') + "\n1\n", std::string(1'000'000, 'x') + "\n1\n",
-                                    std::string("there\nyes\n"), std::string("there\n99999999999\n")})
+    for (const std::string& rest :
+         {std::string(260, 'x') + "\n1\n", std::string(1'000'000, 'x') + "\n1\n", std::string("there\nyes\n"),
+          std::string("there\n99999999999\n"),
+          // The last number, with nothing behind it.
+          std::string("there\n-"), std::string("there\nx"), std::string("there\n99999999999")})
     {
         CComponent read(1, "n", "v", "b", "l", 0, "old");
         read.SetShared(5);

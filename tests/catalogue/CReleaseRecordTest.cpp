@@ -282,6 +282,32 @@ TEST_F(CReleaseRecord, WordsWhereNumbersStandFailAndNeverLoop)
     }
 }
 
+TEST_F(CReleaseRecord, ALastNumberThatIsNoneFailsThoughNothingFollowsIt)
+{
+    std::vector<std::string> upToPreInstallOnly = joined({kBase, kOwn});
+    upToPreInstallOnly[8] = "0"; // components
+    std::vector<std::string> upToNoDownload = upToPreInstallOnly;
+    upToNoDownload.pop_back();
+    struct Row
+    {
+        std::vector<std::string> words;
+        std::vector<LogEvent> events;
+    };
+    for (const Row& row : {Row{kBase, {}}, Row{upToNoDownload, {}}, Row{upToPreInstallOnly, {}},
+                           Row{kOldWords, {kBadComponent}}}) // up to enabled, ..., the second component's shared flag
+    {
+        for (const char* word : {"-", "x", "99999999999"})
+        {
+            std::vector<std::string> words = row.words;
+            words.back() = word;
+            std::string bytes = lines(words);
+            bytes.pop_back();
+            EXPECT_EQ(0, read(bytes)) << words.size() << " " << word;
+            EXPECT_EQ(row.events, m_log.events()) << words.size() << " " << word;
+        }
+    }
+}
+
 TEST_F(CReleaseRecord, WordsLongerThanTheReadersBuffersAreRefused)
 {
     struct Row
