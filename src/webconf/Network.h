@@ -23,9 +23,8 @@ AUTOOLS_API int GetDataFromStream(const char* url, int* status, const CConfig* c
 /// Non-zero when the system reports a connection, or when `server` (null: the Web Configurator) answers.
 AUTOOLS_API int IsInternetUp(const char* server);
 
-/// The logged-on user's proxy for HTTP and bypass list (entries separated by ";"), each into a buffer of at least 2,048
-/// bytes, cut at 2,047 characters. True and both empty when nothing is set; false for a null buffer or when the
-/// settings cannot be read. The thread impersonates the user meanwhile and afterwards is whoever it was before.
+/// The logged-on user's proxy for HTTP and bypass list (entries separated by ";"), each into a buffer of 260 bytes. A
+/// bypass list that is longer keeps the whole entries that fit, and the log says so.
 AUTOOLS_API bool DetectProxySettings(char* proxy, char* bypass);
 
 /// Puts a host into the trusted zone of Internet Settings below `root` (borrowed). A host without a dot is ignored.

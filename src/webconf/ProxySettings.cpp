@@ -13,12 +13,14 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <cstring>
 #include <memory>
 #include <new>
 
 namespace
 {
-constexpr std::size_t kCallerBufferSize = 2048;
+/// What every caller's text buffer holds.
+constexpr std::size_t kCallerBufferSize = 260;
 
 /// Works in the name of the logged-on user until the end of the block, then in whosever name it was before.
 class AsLoggedOnUser
@@ -51,6 +53,16 @@ struct FreeMemory
 /// Texts of the option's record may be null.
 std::string textOf(const void* text) { return aut::orEmpty(static_cast<const char*>(text)); }
 
+/// A list that is too long loses whole entries: half of one would name other hosts.
+void copyEntries(char* out, const std::string& list)
+{
+    if (aut::copyText(out, kCallerBufferSize, list.c_str()))
+        return;
+    char* const lastSeparator = std::strrchr(out, ';');
+    *(lastSeparator != nullptr ? lastSeparator : out) = '\0';
+    Log(1, "The proxy bypass list is too long: %u characters.", static_cast<unsigned>(list.size()));
+}
+
 BOOL queryWinInet(void* buffer, DWORD* size)
 {
     return ::InternetQueryOptionA(nullptr, INTERNET_OPTION_PROXY, buffer, size);
@@ -80,7 +92,7 @@ bool querySettings(aut::QueryProxyOption query, char* proxy, char* bypass)
     const auto* const info = static_cast<const INTERNET_PROXY_INFO*>(option.get());
     const std::string proxyList = textOf(info->lpszProxy);
     aut::copyText(proxy, kCallerBufferSize, aut::httpProxyOf(proxyList).c_str());
-    aut::copyText(bypass, kCallerBufferSize, aut::bypassOf(textOf(info->lpszProxyBypass), proxyList).c_str());
+    copyEntries(bypass, aut::bypassOf(textOf(info->lpszProxyBypass), proxyList));
     return true;
 }
 } // namespace

@@ -1,6 +1,7 @@
 #include "webconf/Network.h"
 
 #include "tests/support/ClientRegistry.h"
+#include "tests/support/LogFile.h"
 
 #include <gtest/gtest.h>
 
@@ -71,14 +72,29 @@ TEST_F(DetectProxySettingsTest, BothBuffersAreRequired)
     EXPECT_EQ('#', m_bypass[0]);
 }
 
-TEST_F(DetectProxySettingsTest, LongListsStayWithin2048Bytes)
+TEST_F(DetectProxySettingsTest, LongTextsStayWithin260Bytes)
 {
     store(std::string(5'000, 'p'), std::string(5'000, 'b'));
     EXPECT_TRUE(DetectProxySettings(m_proxy, m_bypass));
-    EXPECT_EQ(std::string(2'047, 'p'), m_proxy);
-    EXPECT_EQ(std::string(2'047, 'b'), m_bypass);
-    EXPECT_EQ('#', m_proxy[2048]);
-    EXPECT_EQ('#', m_bypass[2048]);
+    EXPECT_EQ(std::string(259, 'p'), m_proxy);
+    EXPECT_STREQ("", m_bypass) << "half an entry would name other hosts";
+    EXPECT_EQ('#', m_proxy[260]);
+    EXPECT_EQ('#', m_bypass[260]);
+}
+
+TEST_F(DetectProxySettingsTest, ALongBypassListKeepsWholeEntries)
+{
+    std::string list;
+    for (int i = 0; i < 100; ++i)
+        list += (i == 0 ? "" : " ") + ("host" + std::to_string(100 + i));
+    store("proxy.example:8080", list);
+    auttest::LogFile log;
+    EXPECT_TRUE(DetectProxySettings(m_proxy, m_bypass));
+    const std::string kept = m_bypass;
+    EXPECT_EQ(32U * 8U - 1U, kept.size()) << "32 entries of 7 characters and what separates them";
+    EXPECT_EQ("host131", kept.substr(kept.size() - 7));
+    EXPECT_EQ('#', m_bypass[260]);
+    EXPECT_TRUE(log.has("Warning", "The proxy bypass list is too long: 799 characters."));
 }
 
 TEST_F(DetectProxySettingsTest, NobodyIsImpersonatedAfterwards)
