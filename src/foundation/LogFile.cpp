@@ -57,7 +57,11 @@ DWORD LogFile::tryOpen(const char* path)
 
 bool LogFile::insert(std::string lines)
 {
-    const Tail tail = readTail();
+    // A file whose end cannot be read (another program holds a lock on those bytes, a network drive fails) must not get
+    // a second closing tag behind it: the event is lost, the file stays whole.
+    Tail tail;
+    if (!readTail(tail))
+        return false;
     if (tail.endsInLine)
         lines.insert(0, "\r\n");
     lines += kLogClosingTag;
@@ -67,18 +71,20 @@ bool LogFile::insert(std::string lines)
     return false;
 }
 
-LogFile::Tail LogFile::readTail() const
+bool LogFile::readTail(Tail& tail) const
 {
-    Tail tail;
     tail.start = m_size - std::min<std::uint64_t>(m_size, kTailBytes);
     tail.insertAt = m_size;
+    tail.length = static_cast<std::size_t>(m_size - tail.start);
+    if (tail.length == 0)
+        return true;
     OVERLAPPED at{};
     at.Offset = static_cast<DWORD>(tail.start);
     at.OffsetHigh = static_cast<DWORD>(tail.start >> 32);
     DWORD read = 0;
-    if (m_size == 0 || ::ReadFile(m_file.get(), tail.bytes, kTailBytes, &read, &at) == FALSE || read == 0)
-        return tail;
-    tail.length = read;
+    if (::ReadFile(m_file.get(), tail.bytes, static_cast<DWORD>(tail.length), &read, &at) == FALSE ||
+        read != tail.length)
+        return false;
 
     // Normally the tag is the last 18 bytes. A file that passed through an editor may end in other line ends. One that
     // does not end in the tag at all was cut off: the event then goes behind everything, on a line of its own,
@@ -92,7 +98,7 @@ LogFile::Tail LogFile::readTail() const
         tail.insertAt = tail.start + tagAt;
     else
         tail.endsInLine = bytes.back() != '\n';
-    return tail;
+    return true;
 }
 
 bool LogFile::writeAt(std::uint64_t offset, const char* data, std::size_t length)

@@ -27,14 +27,16 @@ public:
 
     /// Puts `lines` (as stored) before the closing tag, in one write with the tag itself, so that the file is well
     /// formed whenever the process ends. Into an empty file the caller puts the head too.
-    /// When the disk takes only a part, the file is put back to what it was, and the result is false.
+    /// False when the end of the file cannot be read, which leaves it as it is, and when the disk takes only a part:
+    /// the file is then put back to what it was.
     bool insert(std::string lines);
 
 private:
     struct Tail;
 
     DWORD tryOpen(const char* path);
-    Tail readTail() const;
+    /// False when the end of a file that is not empty cannot be read.
+    bool readTail(Tail& tail) const;
     bool writeAt(std::uint64_t offset, const char* data, std::size_t length);
     void restore(const Tail& tail);
 

@@ -2,6 +2,7 @@
 
 #include "platform/UniqueResource.h"
 #include "tests/support/ClientRegistry.h"
+#include "tests/support/ImportPatch.h"
 #include "tests/support/LogFile.h"
 #include "tests/support/TestFolder.h"
 
@@ -318,6 +319,47 @@ TEST_F(EventLog, AnEventIsLostWhenTheFileIsReadOnly)
     Log(0, "lost");
     ::SetFileAttributesA(path().c_str(), FILE_ATTRIBUTE_NORMAL);
     EXPECT_EQ(before, m_log.content());
+}
+
+namespace
+{
+BOOL WINAPI readsNothing(HANDLE, void*, DWORD, DWORD*, OVERLAPPED*)
+{
+    ::SetLastError(ERROR_LOCK_VIOLATION);
+    return FALSE;
+}
+BOOL WINAPI readsOneByte(HANDLE, void* buffer, DWORD, DWORD* read, OVERLAPPED*)
+{
+    *static_cast<char*>(buffer) = '\n';
+    *read = 1;
+    return TRUE;
+}
+} // namespace
+
+TEST_F(EventLog, AnEventIsLostWhenTheEndOfTheFileCannotBeRead)
+{
+    Log(0, "one");
+    const std::string before = m_log.content();
+    {
+        const auttest::ImportPatch patch("ReadFile", readsNothing);
+        Log(0, "lost");
+    }
+    EXPECT_EQ(before, m_log.content()); // written behind the closing tag, it would leave two of them
+    {
+        const auttest::ImportPatch patch("ReadFile", readsOneByte);
+        Log(0, "lost");
+    }
+    EXPECT_EQ(before, m_log.content());
+    Log(0, "two");
+    EXPECT_EQ((Events{{"Info", "one"}, {"Info", "two"}}), m_log.events());
+}
+
+TEST_F(EventLog, AnEmptyFileNeedsNoReading)
+{
+    auttest::writeFile(path(), "");
+    const auttest::ImportPatch patch("ReadFile", readsNothing);
+    Log(0, "one");
+    EXPECT_EQ((Events{{"Info", "one"}}), m_log.events());
 }
 
 TEST_F(EventLog, AnEventIsLostWhenTheFolderIsMissing)

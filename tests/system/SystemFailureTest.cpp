@@ -4,8 +4,8 @@
 #include "system/CProcessListManager.h"
 #include "system/UserProcesses.h"
 #include "tests/support/ClientRegistry.h"
+#include "tests/support/ImportPatch.h"
 #include "tests/support/LogFile.h"
-#include "tests/system/ImportPatch.h"
 #include "tests/system/Processes.h"
 
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "tests/system/ImportPatch.h"
+#include "tests/support/ImportPatch.h"
 
 #include <gtest/gtest.h>
 
