@@ -61,10 +61,12 @@ public:
     int Serialize(std::ofstream& stream);
     int Serialize(std::ifstream& stream);
 
+    /// A code of the caller's own: no member sets it, but it is copied, and `GetErrorString` prints it first.
+    int m_leadCode;
+
 private:
     template <typename T> friend struct aut::LayoutOf;
 
-    int m_leadCode;
     int m_statusCode;
     long m_win32Error;
     int m_spareCode;

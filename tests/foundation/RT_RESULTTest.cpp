@@ -121,6 +121,41 @@ TEST(RT_RESULT, CopiesEverything)
     EXPECT_EQ(551, set.GetStatusCode());
 }
 
+/// The code that nothing but copying uses has no accessor: it stands behind the three others.
+int& spareCodeOf(RT_RESULT& record) { return *reinterpret_cast<int*>(reinterpret_cast<char*>(&record) + 20); }
+
+TEST(RT_RESULT, TheLeadCodeIsTheCallersOwn)
+{
+    RT_RESULT record(3);
+    EXPECT_EQ(0, record.m_leadCode);
+    EXPECT_EQ(0, RT_RESULT().m_leadCode);
+    record.m_leadCode = -17;
+    record.Set(460, "act", "fun", "one", "two", 5, "obj");
+    EXPECT_STREQ("-17,460,5,3,act,obj,fun,one,two", record.GetErrorString());
+    record.Set(461, "act", "fun", "obj");
+    record.Set(462, "act", "fun", 7L, "obj");
+    record.Set(463, "act", "fun", "one", "two", "obj");
+    EXPECT_EQ(-17, record.m_leadCode) << "no Set touches it";
+}
+
+TEST(RT_RESULT, CopiesTheLeadCodeAndTheSpareCode)
+{
+    RT_RESULT record;
+    EXPECT_EQ(0, spareCodeOf(record));
+    record.m_leadCode = 17;
+    spareCodeOf(record) = 18;
+    RT_RESULT copy(record);
+    RT_RESULT assigned;
+    assigned = record;
+    RT_RESULT set;
+    set.Set(&record);
+    for (RT_RESULT* each : {&copy, &assigned, &set})
+    {
+        EXPECT_EQ(17, each->m_leadCode);
+        EXPECT_EQ(18, spareCodeOf(*each));
+    }
+}
+
 struct ErrorCase
 {
     int code;
