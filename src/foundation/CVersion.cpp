@@ -1,9 +1,21 @@
 #include "foundation/CVersion.h"
 
 #include "foundation/NumberScan.h"
+#include "platform/Layout.h"
 
 #include <algorithm>
 #include <new>
+
+AUT_LAYOUT_BEGIN
+template <> struct aut::LayoutOf<CVersion>
+{
+    static_assert(offsetof(CVersion, m_count) == 8);
+    static_assert(offsetof(CVersion, m_parts) == 16);
+    static_assert(offsetof(CVersion, m_full) == 24);
+    static_assert(offsetof(CVersion, m_short) == 28);
+    static_assert(sizeof(CVersion) == 32);
+};
+AUT_LAYOUT_END
 
 using aut::scanCharacter;
 using aut::scanLiteral;

@@ -1,6 +1,8 @@
 #ifndef AUTOOLS_FOUNDATION_CVERSION_H
 #define AUTOOLS_FOUNDATION_CVERSION_H
 
+#include "foundation/Export.h"
+
 #include <memory>
 
 /// A version text taken apart: major, minor, the character between minor and build, build, then either (full, as in
@@ -25,6 +27,8 @@ public:
     bool isShort() const { return m_short != 0; }
 
 private:
+    template <typename T> friend struct aut::LayoutOf;
+
     int scanFull(const char* text);
     int scanShort(const char* text);
     void clear();
