@@ -83,14 +83,15 @@ unsigned int Get7xAutoUpdateIniFile(char* buffer, unsigned int size)
 void GetDataFilePath(char* folder, char* fileName, const char* host, const char* certificateId, const char* product,
                      const char* component)
 {
-    if (folder != nullptr)
-    {
-        aut::formatText(folder, MAX_PATH, "%s\\%s\\%s", CRegAutoUpdate(true).GetDataPath(), aut::orEmpty(product),
-                        aut::orEmpty(host));
-    }
+    if (folder != nullptr && !aut::formatText(folder, MAX_PATH, "%s\\%s\\%s", CRegAutoUpdate(true).GetDataPath(),
+                                              aut::orEmpty(product), aut::orEmpty(host)))
+        *folder = '\0';
     if (fileName != nullptr)
     {
         const CRegDataCaching entry(host, certificateId, product, component, true);
-        aut::formatText(fileName, MAX_PATH, "%s.dat", entry.GetEntryName());
+        const char* const name = entry.GetEntryName();
+        const bool isNamed = *name != '\0' || (aut::isEmpty(certificateId) && aut::isEmpty(component));
+        if (!isNamed || !aut::formatText(fileName, MAX_PATH, "%s.dat", name))
+            *fileName = '\0';
     }
 }

@@ -24,7 +24,8 @@ AUTOOLS_API bool IsEnoughDiskSpace(const char* path, unsigned long bytesNeeded);
 /// the buffer is too small.
 AUTOOLS_API unsigned int Get7xAutoUpdateIniFile(char* buffer, unsigned int size);
 
-/// Folder and file name of the cache file of a configuration request, each into a buffer of 260 bytes.
+/// Folder and file name of the cache file of a configuration request, each into a buffer of 260 bytes. One that does
+/// not fit is "": cut, it would name another request's file.
 AUTOOLS_API void GetDataFilePath(char* folder, char* fileName, const char* host, const char* certificateId,
                                  const char* product, const char* component);
 

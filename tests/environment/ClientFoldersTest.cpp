@@ -237,6 +237,30 @@ TEST(GetDataFilePath, NamesTheComponentBehindTheCertificateId)
     EXPECT_STREQ("CID1__Kernel.dat", file);
 }
 
+TEST(GetDataFilePath, GivesNothingOfANameThatDoesNotFit)
+{
+    const auttest::ClientRegistry registry;
+    registry.write("", "DataPath", "C:\\data");
+    char folder[MAX_PATH];
+    char file[MAX_PATH];
+    const auto text = [](std::size_t length) { return std::string(length, 'x'); };
+    // "C:\data\P\" has ten characters, ".dat" four.
+    GetDataFilePath(folder, file, text(249).c_str(), text(255).c_str(), "P", "");
+    EXPECT_EQ("C:\\data\\P\\" + text(249), folder);
+    EXPECT_EQ(text(255) + ".dat", file);
+    GetDataFilePath(folder, file, text(250).c_str(), text(256).c_str(), "P", "");
+    EXPECT_STREQ("", folder);
+    EXPECT_STREQ("", file);
+    for (const char* component : {"", "C"}) // not even the entry has a name
+    {
+        GetDataFilePath(folder, file, "host", text(260).c_str(), "P", component);
+        EXPECT_STREQ("C:\\data\\P\\host", folder);
+        EXPECT_STREQ("", file);
+    }
+    GetDataFilePath(folder, file, "host", "", "P", text(258).c_str());
+    EXPECT_STREQ("", file);
+}
+
 TEST(GetDataFilePath, TakesNullAndEndlessTexts)
 {
     const auttest::ClientRegistry registry;
@@ -247,8 +271,8 @@ TEST(GetDataFilePath, TakesNullAndEndlessTexts)
     file[MAX_PATH] = '#';
     const std::string endless(10000, 'x');
     GetDataFilePath(folder, file, endless.c_str(), endless.c_str(), endless.c_str(), endless.c_str());
-    EXPECT_EQ("C:\\data\\" + std::string(251, 'x'), folder);
-    EXPECT_LT(std::strlen(file), std::size_t{MAX_PATH});
+    EXPECT_STREQ("", folder);
+    EXPECT_STREQ("", file);
     EXPECT_EQ('#', folder[MAX_PATH]);
     EXPECT_EQ('#', file[MAX_PATH]);
 

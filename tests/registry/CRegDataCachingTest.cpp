@@ -26,11 +26,37 @@ TEST(CRegDataCaching, TheEntryIsNamedByIdAndComponent)
     EXPECT_STREQ("__Component", CRegDataCaching("host", nullptr, "Product", "Component", true).GetEntryName());
 }
 
-TEST(CRegDataCaching, AnEntrysNameIsCutAt259Characters)
+TEST(CRegDataCaching, AnEntrysNameHasUpTo259Characters)
 {
-    const std::string id(10000, 'i');
-    EXPECT_EQ(std::string(259, 'i'), CRegDataCaching("host", id.c_str(), "Product", "", true).GetEntryName());
-    EXPECT_EQ(std::string(259, 'i'), CRegDataCaching("host", id.c_str(), "Product", "C", true).GetEntryName());
+    const auto nameOf = [](std::size_t length, const char* component) {
+        return std::string(
+            CRegDataCaching("host", std::string(length, 'i').c_str(), "P", component, true).GetEntryName());
+    };
+    EXPECT_EQ(std::string(259, 'i'), nameOf(259, ""));
+    EXPECT_EQ("", nameOf(260, ""));
+    EXPECT_EQ("", nameOf(10000, ""));
+    EXPECT_EQ(std::string(256, 'i') + "__C", nameOf(256, "C"));
+    EXPECT_EQ("", nameOf(257, "C"));
+    EXPECT_EQ("", nameOf(10000, "C"));
+}
+
+TEST(CRegDataCaching, AnEntryWithoutANameHasNoTimeStamp)
+{
+    const ClientRegistry registry;
+    const std::string cut(259, 'i');
+    const std::string tooLong(260, 'i');
+    registry.write(kKey, "", "of the default value");
+    registry.write(kKey, cut.c_str(), "of another entry");
+    for (const char* id : {tooLong.c_str(), "", static_cast<const char*>(nullptr)})
+    {
+        CRegDataCaching key("host", id, "Product", "", false);
+        EXPECT_STREQ("1980-01-01 00:00:00", key.GetTimeStamp());
+        String stamp("2010-04-01 12:00:00");
+        key.SetTimeStamp(stamp);
+    }
+    EXPECT_EQ("of the default value", registry.readText(kKey, ""));
+    EXPECT_EQ("of another entry", registry.readText(kKey, cut.c_str()));
+    EXPECT_EQ(2u, registry.valueNames(kKey).size());
 }
 
 TEST(CRegDataCaching, ATimeStampIsReadAndWritten)
