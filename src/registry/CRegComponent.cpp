@@ -28,6 +28,17 @@ String levelOf(CRegProductForComponent& entry)
     return level;
 }
 
+String joined(const RT_List<String, String&>& levels)
+{
+    String text;
+    for (POSITION pos = levels.GetHeadPosition(); pos != nullptr;)
+    {
+        text += text.IsEmpty() ? "" : ",";
+        text += levels.GetNext(pos);
+    }
+    return text;
+}
+
 /// Both names come with product lists, and the folder they name is going to be deleted: it must lie in ours.
 bool hasFolder(const String& component, const String& level)
 {
@@ -97,21 +108,34 @@ void CRegComponent::SetMostRecentLevels(RT_List<String, String&>& levels, RT_Lis
     if (max < 1)
         max = kDefaultMaxLevels;
 
-    String kept;
+    RT_List<String, String&> kept;
     RT_List<String, String&> dropped;
     unsigned long number = 0;
     for (POSITION pos = levels.GetHeadPosition(); pos != nullptr;)
     {
         const String& level = levels.GetNext(pos);
+        RT_List<String, String&>* goesTo = nullptr;
         if (number++ < max || aut::contains(used, level))
-            kept += (kept.IsEmpty() ? String() : String(',')) + level;
-        else if (hasFolder(m_component, level) && !aut::appendTo(dropped, level))
+            goesTo = &kept;
+        else if (!aut::contains(kept, level) && hasFolder(m_component, level)) // a kept level's folder is still needed
+            goesTo = &dropped;
+        if (goesTo != nullptr && !aut::appendTo(*goesTo, level))
             return; // before anything is written: what is not listed any more would never be deleted
     }
-    SetValue(kMostRecentLevels, kept);
+    SetValue(kMostRecentLevels, joined(kept));
+    if (dropped.IsEmpty())
+        return;
 
     CRegAutoUpdate autoUpdate(true);
-    const String folder = String(autoUpdate.GetComponentPath()) + "\\" + m_component + "\\";
+    const char* const components = autoUpdate.GetComponentPath();
+    if (aut::isEmpty(components))
+    {
+        // Without it the paths would name folders at the root of whatever drive is the current one.
+        Log(2, "CRegComponent::SetMostRecentLevels - the component path is not set: dropped levels of %s stay on disk",
+            static_cast<const char*>(m_component));
+        return;
+    }
+    const String folder = String(components) + "\\" + m_component + "\\";
     for (POSITION pos = dropped.GetHeadPosition(); pos != nullptr;)
         aut::appendTo(removedDirs, folder + dropped.GetNext(pos));
 }

@@ -25,8 +25,9 @@ public:
     bool GetMostRecentLevels(RT_List<String, String&>& list);
     /// Writes the first levels up to the maximum (20 when none is set) and those beyond it that a product still uses;
     /// appends the folder of every dropped level to `removedDirs`, for the caller to delete. A dropped level that is no
-    /// plain name has no folder of its own: that is logged instead. Does nothing on the root object, or when the
-    /// products cannot be read.
+    /// plain name has no folder of its own, and without a component path no level has one: that is logged instead. A
+    /// level listed twice is not dropped where it is kept. Does nothing on the root object, or when the products cannot
+    /// be read.
     void SetMostRecentLevels(RT_List<String, String&>& levels, RT_List<String, String&>& removedDirs);
     /// Puts `level` first. An empty one is ignored.
     void InsertMostRecentLevel(const char* level, RT_List<String, String&>& removedDirs);

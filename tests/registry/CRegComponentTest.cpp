@@ -294,11 +294,36 @@ TEST_F(CRegComponentTest, AddsToTheFoldersThatTheCallerHas)
     EXPECT_EQ((Texts{"before", "C:\\AU\\Components\\Comp\\2"}), textsOf(removed));
 }
 
-TEST_F(CRegComponentTest, FoldersAreFormedOfWhatIsThere)
+TEST_F(CRegComponentTest, WithoutAComponentPathTheFoldersStayAndThatIsLogged)
 {
     m_key.SetMaxLevels(1);
+    const std::vector<auttest::LogEvent> logged = {
+        {"Error",
+         "CRegComponent::SetMostRecentLevels - the component path is not set: dropped levels of Comp stay on disk"}};
+    const auttest::LogFile missing;
     m_registry.removeValue("", "CompPath");
-    EXPECT_EQ((Texts{"\\Comp\\2"}), setLevels({"1", "2"}));
+    EXPECT_EQ((Texts{}), setLevels({"1", "2", "3"}));
+    EXPECT_EQ("1", storedLevels());
+    EXPECT_EQ(logged, missing.events());
+
+    const auttest::LogFile tooLong;
+    m_registry.write("", "CompPath", std::string(260, 'x'));
+    EXPECT_EQ((Texts{}), setLevels({"1", "2"}));
+    EXPECT_EQ(logged, tooLong.events());
+
+    const auttest::LogFile nothingDropped;
+    EXPECT_EQ((Texts{}), setLevels({"1"}));
+    EXPECT_TRUE(nothingDropped.events().empty());
+}
+
+TEST_F(CRegComponentTest, TheFolderOfAKeptLevelIsNotRemovedWhenItIsListedAgain)
+{
+    m_key.SetMaxLevels(2);
+    EXPECT_EQ((Texts{"C:\\AU\\Components\\Comp\\3"}), setLevels({"1b", "2", "1B", "3", "2"}));
+    EXPECT_EQ("1b,2", storedLevels());
+    storeLevels("1,2,1"); // as it may have been written by hand
+    EXPECT_EQ((Texts{"C:\\AU\\Components\\Comp\\2"}), insertLevel("3"));
+    EXPECT_EQ("3,1", storedLevels());
 }
 
 TEST_F(CRegComponentTest, ADroppedLevelThatIsNoPlainNameIsLoggedAndHasNoFolder)
