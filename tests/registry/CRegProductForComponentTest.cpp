@@ -317,6 +317,17 @@ TEST_F(CRegProductForComponentTest, OneOfSeveralLeavesTheCommonEntryToTheOthers)
     expectEntry(kCommon, "C:\\common");
     EXPECT_EQ(1u, m_registry.readNumber(kCommon, "Shared"));
     EXPECT_EQ(1u, m_registry.readNumber("Components\\Comp\\P2", "Shared"));
+
+    // From now on the accessors work on the product's own entry.
+    key.SetPath("C:\\own");
+    key.Disable();
+    EXPECT_EQ("C:\\own", m_registry.readText(kOwn, "Path"));
+    EXPECT_EQ(0u, m_registry.readNumber(kOwn, "Enable"));
+    expectEntry(kCommon, "C:\\common");
+    m_registry.write(kOwn, "ComponentVersion", "4.0");
+    EXPECT_STREQ("4.0", key.GetComponentVersion());
+    EXPECT_STREQ("C:\\own", key.GetPath());
+    EXPECT_FALSE(key.IsEnabled());
 }
 
 TEST_F(CRegProductForComponentTest, UnsharingTakesTheCommonDataEvenWhenTheEntryWasNotFollowed)
