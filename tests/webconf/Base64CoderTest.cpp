@@ -372,6 +372,41 @@ TEST(Base64Coder, OperationsCanBeReplaced)
     EXPECT_STREQ("foo", base.DecodedMessage());
 }
 
+#ifdef __GNUC__ // where a pointer to a virtual member function is its slot's offset plus 1
+namespace
+{
+template <typename Member> std::size_t slotOf(Member member)
+{
+    std::size_t words[2];
+    static_assert(sizeof member == sizeof words);
+    std::memcpy(words, &member, sizeof words);
+    EXPECT_EQ(1u, words[0] % 8) << "not virtual";
+    return words[0] / 8;
+}
+} // namespace
+
+TEST(Base64Coder, HasItsOperationsInOrder)
+{
+    using Bytes = const unsigned char*;
+    // The destructor has the first two slots.
+    EXPECT_EQ(2u, slotOf(static_cast<void (Coder::*)(const char*)>(&Coder::Encode)));
+    EXPECT_EQ(3u, slotOf(static_cast<void (Coder::*)(Bytes, unsigned long)>(&Coder::Encode)));
+    EXPECT_EQ(4u, slotOf(static_cast<void (Coder::*)(const char*)>(&Coder::Decode)));
+    EXPECT_EQ(5u, slotOf(static_cast<void (Coder::*)(Bytes, unsigned long)>(&Coder::Decode)));
+    EXPECT_EQ(6u, slotOf(&Coder::DecodedMessage));
+    EXPECT_EQ(7u, slotOf(&Coder::EncodedMessage));
+    EXPECT_EQ(8u, slotOf(&Coder::AllocEncode));
+    EXPECT_EQ(9u, slotOf(&Coder::AllocDecode));
+    EXPECT_EQ(10u, slotOf(&Coder::SetEncodeBuffer));
+    EXPECT_EQ(11u, slotOf(&Coder::SetDecodeBuffer));
+    EXPECT_EQ(12u, slotOf(&Coder::_EncodeToBuffer));
+    EXPECT_EQ(13u, slotOf(&Coder::_DecodeToBuffer));
+    EXPECT_EQ(14u, slotOf(&Coder::_EncodeRaw));
+    EXPECT_EQ(15u, slotOf(&Coder::_DecodeRaw));
+    EXPECT_EQ(16u, slotOf(&Coder::_IsBadMimeChar));
+}
+#endif
+
 TEST(Base64Encode, PacksUserAndPassword)
 {
     String encoded("before");
