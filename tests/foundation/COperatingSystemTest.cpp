@@ -89,7 +89,9 @@ TEST_P(COperatingSystemOf, ReportsTheVersionTheProcessIsTold)
 }
 
 INSTANTIATE_TEST_SUITE_P(Versions, COperatingSystemOf,
-                         ::testing::Values(Told{"nt40", "8|Windows NT 4|4.0|Service Pack 6a|1"},
+                         ::testing::Values(Told{"win95", "1|WIN95|4.0||0"}, Told{"win98", "6|Windows 98 SE|4.10| A |0"},
+                                           Told{"winme", "7|Windows Me|4.90| |0"},
+                                           Told{"nt40", "8|Windows NT 4|4.0|Service Pack 6a|1"},
                                            Told{"win2k", "9|Windows 2000|5.0|Service Pack 4|1"},
                                            Told{"winxp", "10|Windows XP|5.1|Service Pack 3|1"},
                                            Told{"winxp64", "10|Windows XP|5.2|Service Pack 2|1"},
