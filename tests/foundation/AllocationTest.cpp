@@ -1,5 +1,7 @@
-// Searching and comparing allocate nothing. The linker sends every allocation of this program through the counters.
+// Searching and comparing allocate nothing; list nodes come and go one by one. The linker sends every allocation of
+// this program through the counters.
 
+#include "foundation/RT_List.h"
 #include "foundation/String.h"
 
 #include <gtest/gtest.h>
@@ -9,7 +11,9 @@
 namespace
 {
 int allocations = 0;
-}
+int newCalls = 0;    ///< of the global operator new
+int deleteCalls = 0; ///< of the global operator delete, with a size or without
+} // namespace
 
 extern "C"
 {
@@ -17,6 +21,8 @@ extern "C"
     void* __real_realloc(void* block, std::size_t size);
     char* __real__strdup(const char* text);
     void* __real__Znwy(std::size_t size);
+    void __real__ZdlPv(void* block);
+    void __real__ZdlPvy(void* block, std::size_t size);
 
     void* __wrap_malloc(std::size_t size)
     {
@@ -36,7 +42,18 @@ extern "C"
     void* __wrap__Znwy(std::size_t size)
     {
         ++allocations;
+        ++newCalls;
         return __real__Znwy(size);
+    }
+    void __wrap__ZdlPv(void* block)
+    {
+        ++deleteCalls;
+        __real__ZdlPv(block);
+    }
+    void __wrap__ZdlPvy(void* block, std::size_t size)
+    {
+        ++deleteCalls;
+        __real__ZdlPvy(block, size);
     }
 }
 
@@ -78,5 +95,45 @@ TEST(Allocations, ComparisonAllocatesNothing)
                          EXPECT_EQ(1, a == "aBc");
                          EXPECT_EQ(0, a != b);
                      }));
+}
+
+/// How often the global operators new and delete were called, since the object was made.
+class NodeCounts
+{
+public:
+    int made() const { return newCalls - m_newCalls; }
+    int freed() const { return deleteCalls - m_deleteCalls; }
+
+private:
+    int m_newCalls = newCalls;
+    int m_deleteCalls = deleteCalls;
+};
+
+TEST(Allocations, EachListNodeIsOneNewAndOneDelete)
+{
+    String text("abc"); // its buffer comes from malloc
+    int numbers[] = {1, 2, 3, 4};
+    const NodeCounts all;
+    {
+        RT_List<String, String&> texts;
+        RT_List<int*, int*> pointers;
+        EXPECT_EQ(0, all.made());
+        texts.AddTail(text);
+        EXPECT_EQ(1, all.made());
+        texts.AddHead(text);
+        for (int& number : numbers)
+            pointers.AddTail(&number);
+        EXPECT_EQ(6, all.made());
+        EXPECT_EQ(0, all.freed());
+
+        texts.RemoveHead();
+        EXPECT_EQ(1, all.freed());
+        pointers.RemoveAt(pointers.GetHeadPosition());
+        EXPECT_EQ(2, all.freed());
+        pointers.RemoveAll();
+        EXPECT_EQ(5, all.freed());
+    }
+    EXPECT_EQ(6, all.made());
+    EXPECT_EQ(6, all.freed()) << "the destructor frees what is left";
 }
 } // namespace

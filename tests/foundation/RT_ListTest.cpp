@@ -68,10 +68,13 @@ TEST(RT_List, AddsAtBothEnds)
     const POSITION first = list.AddHead(head);
     const POSITION last = list.AddTail(tail);
     EXPECT_EQ(first, list.GetHeadPosition());
-    EXPECT_NE(first, last);
+    POSITION pos = list.GetHeadPosition();
+    list.GetNext(pos);
+    EXPECT_EQ(last, pos); // the new node's position
     EXPECT_EQ(2, list.GetCount());
     String front("front");
-    list.AddHead(front);
+    const POSITION newHead = list.AddHead(front);
+    EXPECT_EQ(newHead, list.GetHeadPosition());
     EXPECT_EQ((Words{"front", "head", "tail"}), forwards(list));
     EXPECT_EQ((Words{"tail", "head", "front"}), aut::LayoutOf<Texts>::backwards(list));
 }

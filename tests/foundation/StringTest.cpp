@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <malloc.h>
 #include <string>
 
 namespace
@@ -67,6 +68,46 @@ TEST(String, AssignmentTakesTextsStringsAndNothing)
     s = "abc";
     s = String();
     EXPECT_EQ(nullptr, s.GetBuffer());
+}
+
+/// The size of the block that the string owns.
+std::size_t blockSize(const String& s) { return s.GetBuffer() != nullptr ? _msize(s.GetBuffer()) : 0; }
+
+TEST(String, TheBufferIsExactlyAsLargeAsTheTextNeeds)
+{
+    const std::string longText(1000, 'x');
+    EXPECT_EQ(4u, blockSize(String("abc")));
+    EXPECT_EQ(1001u, blockSize(String(longText.c_str())));
+    EXPECT_EQ(1001u, blockSize(String(String(longText.c_str()))));
+    EXPECT_EQ(2u, blockSize(String('c')));
+
+    String s(longText.c_str());
+    s = "abc";
+    EXPECT_EQ(4u, blockSize(s));
+    s += 'd';
+    EXPECT_EQ(5u, blockSize(s));
+    s += "efg";
+    EXPECT_EQ(8u, blockSize(s));
+    s += String(longText.c_str());
+    EXPECT_EQ(1008u, blockSize(s));
+    s.TrimRight('x');
+    EXPECT_EQ(8u, blockSize(s));
+    s.TrimLeft('a');
+    EXPECT_EQ(7u, blockSize(s));
+    s = "  ab  ";
+    s.Trim();
+    EXPECT_EQ(3u, blockSize(s));
+    s.Replace("b", "12345");
+    EXPECT_EQ(7u, blockSize(s));
+    s.Replace("12345", "");
+    EXPECT_EQ(2u, blockSize(s));
+    s.Format("%d%s", 12, longText.c_str());
+    EXPECT_EQ(1003u, blockSize(s));
+    s.Format("%s", "x");
+    EXPECT_EQ(2u, blockSize(s));
+    EXPECT_EQ(3u, blockSize(String("abc").Left(2)));
+    EXPECT_EQ(3u, blockSize(String("abc").Mid(1)));
+    EXPECT_EQ(7u, blockSize(String("abc") + String("def")));
 }
 
 TEST(String, AssigningItselfOrAPieceOfItselfKeepsTheText)
@@ -313,6 +354,19 @@ TEST(String, TrimTakesBlanksOnly)
     EXPECT_TRUE(left.IsEmpty());
     left += "x";
     EXPECT_STREQ("x", left);
+}
+
+TEST(String, TrimRightOfThatCharacterOnlyLeavesAnEmptyString)
+{
+    String s("---");
+    s.TrimRight('-');
+    EXPECT_EQ(0, s.GetLength());
+    EXPECT_TRUE(s.IsEmpty());
+    EXPECT_STREQ("", s);
+    EXPECT_EQ(1, s == "");
+    s.TrimRight('-');
+    s += "x-";
+    EXPECT_STREQ("x-", s);
 }
 
 TEST(String, LeftAndRightKeepWithinTheText)
