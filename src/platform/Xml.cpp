@@ -61,6 +61,17 @@ String ansiFromWide(const UniqueBstr& text)
     return ansi;
 }
 
+/// The same into a string that keeps short texts without an allocation.
+std::string narrowFromWide(const UniqueBstr& text)
+{
+    const std::wstring_view view(text.get(), ::SysStringLen(text.get()));
+    if (!isAscii(view))
+        return std::string(static_cast<const char*>(ansiFromWide(text)));
+    std::string ascii(view.size(), '\0');
+    copyAscii(view, ascii.data());
+    return ascii;
+}
+
 /// What one of a node's text getters returns.
 String nodeText(IXMLDOMNode* node, HRESULT (STDMETHODCALLTYPE IXMLDOMNode::*getter)(BSTR*))
 {
@@ -138,17 +149,18 @@ String xmlMarkup(IXMLDOMNode* node) { return nodeText(node, &IXMLDOMNode::get_xm
 
 std::string xmlName(IXMLDOMNode* node)
 {
-    std::string name;
-    UniqueBstr wide;
-    if (node == nullptr)
-        return name;
-    raiseIfFailed(node->get_nodeName(wide.put()));
-    const std::wstring_view view(wide.get(), ::SysStringLen(wide.get()));
-    if (!isAscii(view))
-        return std::string(static_cast<const char*>(ansiFromWide(wide)));
-    name.resize(view.size());
-    copyAscii(view, name.data());
-    return name;
+    UniqueBstr name;
+    if (node != nullptr)
+        raiseIfFailed(node->get_nodeName(name.put()));
+    return narrowFromWide(name);
+}
+
+std::string xmlShortText(IXMLDOMNode* node)
+{
+    UniqueBstr text;
+    if (node != nullptr)
+        raiseIfFailed(node->get_text(text.put()));
+    return narrowFromWide(text);
 }
 
 XmlName::XmlName(IXMLDOMNode* node)

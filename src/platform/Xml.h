@@ -32,6 +32,8 @@ XmlNodePtr selectXmlNode(IXMLDOMNode* node, const char* path);
 XmlNodePtr xmlRoot(IXMLDOMDocument* document);
 /// The node's text content in the ANSI code page; "" for null. Raises.
 String xmlText(IXMLDOMNode* node);
+/// The same for reading many short texts: those below 16 characters need no allocation.
+std::string xmlShortText(IXMLDOMNode* node);
 /// The node's typed value as text; "" for a null node or value. Raises.
 String xmlTypedText(IXMLDOMNode* node);
 /// The node's markup; "" for null. Raises.

@@ -10,7 +10,7 @@ ChildTexts::ChildTexts(IXMLDOMNode* element, std::initializer_list<const char*> 
 {
     m_fields.reserve(names.size());
     for (const char* const name : names)
-        m_fields.push_back(Field{name, false, String()});
+        m_fields.push_back(Field{name, false, std::string()});
 
     XmlChildren children(element);
     std::size_t missing = m_fields.size();
@@ -22,20 +22,19 @@ ChildTexts::ChildTexts(IXMLDOMNode* element, std::initializer_list<const char*> 
         Field* const field = findWanted(XmlName(child.Get()));
         if (field == nullptr || !isXmlElement(child.Get()))
             continue;
-        field->text = xmlText(child.Get());
+        field->text = xmlShortText(child.Get());
         field->found = true;
         --missing;
     }
 }
 
-const String& ChildTexts::operator[](const char* name) const
+const char* ChildTexts::operator[](const char* name) const
 {
     for (const Field& field : m_fields)
         if (std::strcmp(field.name, name) == 0)
-            return field.text;
+            return field.text.c_str();
     assert(false && "a name that was not asked for");
-    static const String kNone;
-    return kNone;
+    return "";
 }
 
 ChildTexts::Field* ChildTexts::findWanted(const XmlName& name)

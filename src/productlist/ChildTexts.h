@@ -1,11 +1,11 @@
 #ifndef AUTOOLS_PRODUCTLIST_CHILDTEXTS_H
 #define AUTOOLS_PRODUCTLIST_CHILDTEXTS_H
 
-#include "foundation/String.h"
 #include "foundation/XmlPointers.h"
 #include "platform/Xml.h"
 
 #include <initializer_list>
+#include <string>
 #include <vector>
 
 namespace aut
@@ -22,14 +22,14 @@ public:
     ChildTexts(IXMLDOMNode* element, std::initializer_list<const char*> names);
 
     /// The text of one of the names given; "" when there is no such child.
-    const String& operator[](const char* name) const;
+    const char* operator[](const char* name) const;
 
 private:
     struct Field
     {
         const char* name;
         bool found;
-        String text;
+        std::string text;
     };
     Field* findWanted(const XmlName& name);
 

@@ -10,6 +10,7 @@
 #include "registry/CRegBase.h"
 
 #include <cstdlib>
+#include <cstring>
 #include <memory>
 #include <new>
 
@@ -19,12 +20,11 @@ const unsigned long kTrace = 0x20000;
 
 /// As reading with "%lu": leading digits count, no digits are 0. Too large a number is the largest one, so that the
 /// cut to the record's 32 bits is the same everywhere.
-long toId(const String& text) { return static_cast<long>(std::strtoul(text, nullptr, 10)); }
+long toId(const char* text) { return static_cast<long>(std::strtoul(text, nullptr, 10)); }
 
-int toFlag(const String& text)
-{
-    return text == "TRUE" ? 1 : 0; // ignores case
-}
+bool isWord(const char* text, const char* word) { return ::_stricmp(text, word) == 0; }
+
+int toFlag(const char* text) { return isWord(text, "TRUE") ? 1 : 0; }
 
 /// Records that a certificate asked for this version of the product: one value per certificate, the full version as
 /// the key's default value.
@@ -98,7 +98,7 @@ int phase1xml::SetReleaseAttributes(XmlNodePtr node, CRelease* release)
     const aut::ChildTexts product(node.Get(),
                                   {"ProductReleaseID", "Name", "Language", "Version", "Build", "Action", "StartDate",
                                    "PreInstallOnly", "NoDownload", "MarketingName", "TechnicalName"});
-    const int enabled = product["Action"] == "DISABLE" ? 0 : 1; // ignores case
+    const int enabled = isWord(product["Action"], "DISABLE") ? 0 : 1;
     const int noRestriction = 0;
     release->InitValues(toId(product["ProductReleaseID"]), product["MarketingName"], product["TechnicalName"],
                         product["Name"], product["Version"], product["Build"], product["Language"], product["Action"],

@@ -21,9 +21,9 @@ String withoutLastElement(const String& location)
 }
 } // namespace
 
-String componentLocation(const String& url)
+String componentLocation(const char* url)
 {
-    if (url.Find("FILE:") != 0) // ignores case; most URLs need not be taken apart to see that they are absolute
+    if (::_strnicmp(url, "FILE:", 5) != 0) // most URLs need not be taken apart to see that they are absolute
         return url;
     CHTTPServer server;
     if (!server.ParseServerURL(url) || server.GetServiceType() != kFileService)

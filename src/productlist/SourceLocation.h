@@ -8,7 +8,7 @@ namespace aut
 /// Where a component's files come from, for the URL that stands in the product list. On a local installation the
 /// URLs FILE://./path and FILE://../path are relative to the folder of the installation source and to the one above
 /// it; every other URL stays as it is.
-String componentLocation(const String& url);
+String componentLocation(const char* url);
 } // namespace aut
 
 #endif
