@@ -199,6 +199,31 @@ Outcome outcomeOfCut(std::size_t whole, std::size_t characters)
     return {1, {kParsed}};
 }
 
+TEST_F(CReleaseRecord, SuccessIsLoggedFromDetailLevelTwoOn)
+{
+    for (const DWORD level : {1, 2})
+    {
+        const auttest::DetailedLog detailed(level);
+        ASSERT_EQ(1, read(lines(kWords)));
+        EXPECT_EQ(level == 2 ? std::vector<LogEvent>{kParsed} : std::vector<LogEvent>(), m_log.events()) << level;
+        ASSERT_EQ(1, read(lines(kOldWords)));
+        EXPECT_EQ(level == 2 ? std::vector<LogEvent>{kOldParsed} : std::vector<LogEvent>(), m_log.events()) << level;
+    }
+}
+
+TEST(CReleaseRecordWithoutDetail, ItsFailuresAreLogged)
+{
+    const StreamFile file;
+    auttest::LogFile log;
+    ReleaseProbe tooShort;
+    EXPECT_EQ(0, file.read(tooShort, lines({kBase.begin(), kBase.end() - 1})));
+    EXPECT_EQ(std::vector<LogEvent>{kBadSize}, log.events());
+    log.mark();
+    ReleaseProbe withBadComponent;
+    EXPECT_EQ(0, file.read(withBadComponent, lines(joined({kBase, kOwn, kFirst}))));
+    EXPECT_EQ(std::vector<LogEvent>{kBadComponent}, log.events());
+}
+
 TEST_F(CReleaseRecord, CutOffAtEveryByte)
 {
     const std::string record = lines(kWords);

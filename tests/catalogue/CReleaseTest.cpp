@@ -259,11 +259,16 @@ TEST_F(AFullRelease, TheDestructorDeletesTheComponents)
     EXPECT_EQ(kDeletionOfTwo, log.events());
 }
 
-TEST_F(AFullRelease, DeletingIsLoggedAtDetailLevelThreeOnly)
+TEST_F(AFullRelease, DeletingIsLoggedFromDetailLevelThreeOn)
 {
-    auttest::LogFile log;
-    m_release.DeleteComponentList();
-    EXPECT_TRUE(log.events().empty());
+    for (const DWORD level : {0, 2, 3})
+    {
+        ReleaseProbe copy(m_release);
+        const auttest::DetailedLog detailed(level);
+        const auttest::LogFile log;
+        copy.DeleteComponentList();
+        EXPECT_EQ(level == 3 ? kDeletionOfTwo : std::vector<auttest::LogEvent>(), log.events()) << level;
+    }
 }
 
 TEST_F(AFullRelease, AThousandCopiesLeaveNoHandle)

@@ -37,11 +37,11 @@ inline std::vector<CComponent*> componentsOf(const CRelease& release)
     return components;
 }
 
-/// While it lives, every event of a detail level is written.
+/// While it lives, the events up to this detail level are written: all of them unless a test says otherwise.
 class DetailedLog
 {
 public:
-    DetailedLog() { set(5); }
+    explicit DetailedLog(DWORD level = 5) { set(level); }
     DetailedLog(const DetailedLog&) = delete;
     DetailedLog& operator=(const DetailedLog&) = delete;
     ~DetailedLog() { set(0); }
