@@ -302,6 +302,38 @@ TEST_F(ImpersonationTest, DetailsAreLoggedAtTheirLevelsOnly)
     EXPECT_EQ(Events{}, m_log.events());
 }
 
+TEST_F(ImpersonationTest, WarningsAreLoggedWithoutDetails)
+{
+    logDetails(0);
+    m_log.mark();
+    EXPECT_TRUE(ImpersonateUser());
+    EXPECT_EQ((Events{{"Warning", "No explorer processfound for impersonation"}}), m_log.events());
+
+    m_log.mark();
+    EXPECT_TRUE(ImpersonateUserFromPID(0xFFFFFFF0UL));
+    EXPECT_EQ((Events{{"Warning", "Process token access failed"}}), m_log.events());
+
+    const Child nameless = startNamelessShell();
+    m_log.mark();
+    EXPECT_TRUE(ImpersonateUser());
+    EXPECT_EQ((Events{{"Warning", "No custom user to impersonate"}}), m_log.events());
+    m_log.mark();
+    EXPECT_FALSE(ImpersonateUserFromPID(nameless.pid()));
+    EXPECT_EQ((Events{{"Warning", "ImpersonateUserFromPID: OpenProcessToken FAILED"}}), m_log.events());
+}
+
+TEST_F(ImpersonationTest, ThatItIsNotNecessaryIsLoggedFromDetailLevelTwoOn)
+{
+    const HelperWindowsVersion setting("win98");
+    for (const DWORD level : {1, 2})
+    {
+        logDetails(level);
+        m_log.mark();
+        runHelper("users");
+        EXPECT_EQ(level == 2 ? (Events{{"Info", "ImpersonateUser not necessary"}}) : Events{}, m_log.events()) << level;
+    }
+}
+
 TEST_F(ImpersonationTest, IsNotNecessaryOnTheOlderFamilyAndOnUnknownSystems)
 {
     const Child shell = startShell();

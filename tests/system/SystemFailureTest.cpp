@@ -1,7 +1,10 @@
 // What the library asks of the system exactly, and what it does when the system refuses what it never refuses here.
 #include "foundation/EventLog.h"
+#include "system/CAUEvent.h"
 #include "system/CInterruptionEvent.h"
+#include "system/COperatingSystem.h"
 #include "system/CProcessListManager.h"
+#include "system/SharedMemory.h"
 #include "system/UserProcesses.h"
 #include "tests/support/ClientRegistry.h"
 #include "tests/support/ImportPatch.h"
@@ -28,6 +31,7 @@ template <> struct aut::LayoutOf<struct EntryPointAccess>
     {
         return manager.m_initialised == 0 && manager.m_processStatus == nullptr && manager.m_userEnvironment == nullptr;
     }
+    static std::string nameOf(const SharedMemory& memory) { return memory.m_name; }
     static void useEnvironment(CProcessListManager& manager, Create create, Destroy destroy)
     {
         manager.m_createEnvironmentBlock = create;
@@ -151,10 +155,139 @@ TEST_F(SystemFailureTest, AnAccountThatCannotBeLookedUpHasNoName)
     EXPECT_TRUE(user.IsEmpty());
 }
 
+namespace
+{
+/// Notes the rights that the library opens processes and their tokens with.
+class OpeningRights
+{
+public:
+    OpeningRights() : m_openProcess("OpenProcess", openProcess), m_openToken("OpenProcessToken", openToken)
+    {
+        s_process.clear();
+        s_token.clear();
+    }
+    static const std::vector<DWORD>& ofProcesses() { return s_process; }
+    static const std::vector<DWORD>& ofTokens() { return s_token; }
+
+private:
+    static HANDLE WINAPI openProcess(DWORD access, BOOL inheritable, DWORD pid)
+    {
+        s_process.push_back(access);
+        return ::OpenProcess(access, inheritable, pid);
+    }
+    static BOOL WINAPI openToken(HANDLE process, DWORD access, HANDLE* token)
+    {
+        s_token.push_back(access);
+        return ::OpenProcessToken(process, access, token);
+    }
+    static inline std::vector<DWORD> s_process;
+    static inline std::vector<DWORD> s_token;
+    const ImportPatch m_openProcess;
+    const ImportPatch m_openToken;
+};
+} // namespace
+
+TEST_F(SystemFailureTest, AProcessIsImpersonatedWithTheRightsThatTakesAndNoMore)
+{
+    const OpeningRights rights;
+    EXPECT_TRUE(ImpersonateUserFromPID(m_shell->pid()));
+    EXPECT_EQ((std::vector<DWORD>{0x0400}), rights.ofProcesses()); // query information
+    EXPECT_EQ((std::vector<DWORD>{0x000E}), rights.ofTokens());    // duplicate, impersonate, query
+}
+
+TEST_F(SystemFailureTest, AShellIsOpenedWithTheRightsThatStartingItsUsersProcessTakes)
+{
+    const OpeningRights rights;
+    EXPECT_EQ(0, run("no such program.exe"));
+    ASSERT_GE(rights.ofProcesses().size(), 2U);      // the search for the shell opens it first
+    EXPECT_EQ(0x0400U, rights.ofProcesses().back()); // query information
+    ASSERT_GE(rights.ofTokens().size(), 2U);
+    EXPECT_EQ(0x000BU, rights.ofTokens().back()); // assign primary, duplicate, query
+}
+
+TEST_F(SystemFailureTest, ExistingEventsAreOpenedWithFullAccess)
+{
+    using Open = HANDLE WINAPI(DWORD, BOOL, const char*);
+    Open* const open = [](DWORD access, BOOL inheritable, const char* name) -> HANDLE
+    {
+        ++s_calls;
+        EXPECT_EQ(0x1F0003U, access);
+        return ::OpenEventA(access, inheritable, name);
+    };
+    CAUEvent existing;
+    ASSERT_EQ(1, existing.Create("SystemFailureTest existing"));
+    const ImportPatch patch("OpenEventA", open);
+    CAUEvent event;
+    EXPECT_EQ(1, event.Create("SystemFailureTest existing"));
+    EXPECT_EQ(1, s_calls);
+    CInterruptionEvent interruption;
+    String name = "SystemFailureTest interruption";
+    EXPECT_EQ(1, interruption.Create(name));
+    EXPECT_EQ(2, s_calls);
+}
+
+TEST_F(SystemFailureTest, ABlockOfSharedMemoryIsOpenedForWritingAndMappedForBoth)
+{
+    using Open = HANDLE WINAPI(DWORD, BOOL, const char*);
+    using Map = void* WINAPI(HANDLE, DWORD, DWORD, DWORD, SIZE_T);
+    Open* const open = [](DWORD access, BOOL inheritable, const char* name) -> HANDLE
+    {
+        ++s_calls;
+        EXPECT_EQ(DWORD{FILE_MAP_WRITE}, access);
+        EXPECT_TRUE(inheritable);
+        return ::OpenFileMappingA(access, inheritable, name);
+    };
+    Map* const map = [](HANDLE mapping, DWORD access, DWORD offsetHigh, DWORD offsetLow, SIZE_T size) -> void*
+    {
+        ++s_calls;
+        EXPECT_EQ(DWORD{FILE_MAP_READ | FILE_MAP_WRITE}, access);
+        EXPECT_EQ(0U, offsetHigh);
+        EXPECT_EQ(0U, offsetLow);
+        EXPECT_EQ(0U, size); // the whole of it
+        return ::MapViewOfFile(mapping, access, offsetHigh, offsetLow, size);
+    };
+    SharedMemory owner("SystemFailureTest memory");
+    const ImportPatch mapping("MapViewOfFile", map);
+    EXPECT_NE(nullptr, owner.Create(64));
+    EXPECT_EQ(1, s_calls);
+    const ImportPatch opening("OpenFileMappingA", open);
+    SharedMemory other("SystemFailureTest memory");
+    EXPECT_NE(nullptr, other.Open());
+    EXPECT_EQ(3, s_calls);
+    other.Close();
+    owner.Close();
+}
+
+TEST_F(SystemFailureTest, SharedMemoryAsksForTheSystemOnceInAProcess)
+{
+    using Ask = BOOL WINAPI(OSVERSIONINFOA*);
+    Ask* const fail = [](OSVERSIONINFOA*) -> BOOL
+    {
+        ++s_calls;
+        return FALSE;
+    };
+    const std::string before = Access::nameOf(SharedMemory("b"));
+    {
+        const ImportPatch patch("GetVersionExA", fail);
+        COperatingSystem::FreeInstance(); // the next question reaches the system
+        EXPECT_EQ(before, Access::nameOf(SharedMemory("b")));
+        EXPECT_EQ(0, s_calls);
+        CAUEvent event; // asks each time
+        EXPECT_EQ(1, event.Create("SystemFailureTest unknown system"));
+        EXPECT_STREQ("SystemFailureTest unknown system", event.GetName(1));
+        EXPECT_NE(0, s_calls);
+        EXPECT_EQ(before, Access::nameOf(SharedMemory("b")));
+    }
+    COperatingSystem::FreeInstance();
+    EXPECT_EQ("Local\\b", before);
+}
+
 TEST_F(SystemFailureTest, AnImpersonationThatFailsIsLogged)
 {
     using Impersonate = BOOL WINAPI(HANDLE);
     Impersonate* const fail = [](HANDLE) -> BOOL { return FALSE; };
+    logDetails(0); // a warning needs none
+    m_log.mark();
     const ImportPatch patch("ImpersonateLoggedOnUser", fail);
     const std::size_t before = openHandles();
     EXPECT_FALSE(ImpersonateUserFromPID(m_shell->pid()));
