@@ -3,6 +3,7 @@
 #include "foundation/RT_RESULT.h"
 #include "platform/UniqueResource.h"
 #include "tests/support/ClientRegistry.h"
+#include "tests/support/ImportPatch.h"
 
 #include <gtest/gtest.h>
 
@@ -72,6 +73,43 @@ TEST_F(ShellFolder, GivesWayToTheDataPathWhenItCannotBeHad)
     const auttest::ClientRegistry registry;
     registry.write("", "DataPath", "C:\\machine");
     EXPECT_EQ("C:\\machine", dataPathWith("Z:\\no\\such\\folder"));
+}
+
+namespace
+{
+/// What kind of token the shell was asked for a folder of; 0 for none.
+int askedForTokenType = 0;
+
+HRESULT WINAPI notesTheToken(HWND, int, HANDLE token, DWORD, char* folder)
+{
+    TOKEN_TYPE type{};
+    DWORD size = 0;
+    const bool isToken = ::GetTokenInformation(token, TokenType, &type, sizeof type, &size) != FALSE;
+    askedForTokenType = isToken ? type : 0;
+    folder[0] = 'F';
+    folder[1] = '\0';
+    return S_OK;
+}
+
+FARPROC WINAPI findsThatShell(HMODULE module, const char* name)
+{
+    if (std::strcmp(name, "SHGetFolderPathA") == 0)
+        return reinterpret_cast<FARPROC>(reinterpret_cast<void*>(notesTheToken));
+    return ::GetProcAddress(module, name);
+}
+} // namespace
+
+TEST(GetAUDataPath, IsThatOfTheProcessWhileTheThreadImpersonates)
+{
+    const std::string before(dataPath(1));
+    ASSERT_TRUE(::ImpersonateSelf(SecurityImpersonation));
+    EXPECT_EQ(before, std::string(dataPath(1)));
+    {
+        const auttest::ImportPatch patch("GetProcAddress", findsThatShell);
+        EXPECT_STREQ("F\\Velmora\\Automatic Update Data", dataPath(1));
+    }
+    EXPECT_TRUE(::RevertToSelf());
+    EXPECT_EQ(TokenPrimary, askedForTokenType); // the thread's would be one for impersonation
 }
 
 TEST(IsEnoughDiskSpace, IsTrueWhenTheRoomIsThere)
@@ -166,6 +204,36 @@ TEST_F(FullDrive, GivesALowerCaseRootForALowerCaseLetter)
 }
 
 TEST_F(FullDrive, HasEnoughForNothing) { EXPECT_TRUE(IsEnoughDiskSpace("P:\\", 0)); }
+
+namespace
+{
+/// A drive with 4 MB free for the caller and more for others.
+BOOL WINAPI fourMegabytes(const char*, ULARGE_INTEGER* available, ULARGE_INTEGER* total, ULARGE_INTEGER* free)
+{
+    constexpr ULONGLONG kMegabyte = 1u << 20;
+    if (available != nullptr)
+        available->QuadPart = 4 * kMegabyte;
+    if (total != nullptr)
+        total->QuadPart = 1000 * kMegabyte;
+    if (free != nullptr)
+        free->QuadPart = 500 * kMegabyte;
+    return TRUE;
+}
+} // namespace
+
+TEST(IsEnoughDiskSpace, ComparesTheNeedWithWhatIsFreeForTheCaller)
+{
+    const auttest::ImportPatch patch("GetDiskFreeSpaceExA", fourMegabytes);
+    EXPECT_TRUE(IsEnoughDiskSpace("C:\\any", 1));
+    EXPECT_TRUE(IsEnoughDiskSpace("C:\\any", 4u << 20));
+    EXPECT_FALSE(IsEnoughDiskSpace("C:\\any", (4u << 20) + 1));
+    EXPECT_STREQ("4", result->GetArgument1());
+    EXPECT_FALSE(IsEnoughDiskSpace("C:\\any", 5u << 20));
+    EXPECT_EQ(459, result->GetStatusCode());
+    EXPECT_STREQ("5", result->GetArgument1());
+    EXPECT_STREQ("C:\\", result->GetObjectA());
+    EXPECT_FALSE(IsEnoughDiskSpace("C:\\any", 0xFFFFFFFF));
+}
 
 namespace
 {
