@@ -164,6 +164,22 @@ TEST_F(EventLog, SystemInformationWritesTheEnvironmentBlockAgain)
     EXPECT_EQ("<LogAutoUpdate>\r\n" + text + text + "</LogAutoUpdate>\r\n", content);
 }
 
+TEST_F(EventLog, TheEnvironmentIsLookedUpOnceAndKept)
+{
+    m_registry.write("", "Current_Kernel_Version", "version of the first need");
+    Log(0, "System Information");
+    const std::string before = m_log.content();
+    m_registry.write("", "Current_Kernel_Version", "later version");
+    Log(0, "System Information");
+    const std::string content = m_log.content();
+    EXPECT_LT(before.size(), content.size());
+    EXPECT_EQ(std::string::npos, content.find("later version"));
+
+    auttest::removeAll(path()); // nor does a new file make it be looked up
+    Log(0, "one");
+    EXPECT_EQ(std::string::npos, m_log.content().find("later version"));
+}
+
 TEST_F(EventLog, OnlyExactlySystemInformationDoes)
 {
     Log(0, "System Information.");
@@ -427,11 +443,24 @@ TEST_F(ArchiveLog, MovesTheMachineWideLogToATimeStampedName)
 {
     m_registry.write("", "DataPath", m_data.path());
     m_data.writeFile("7xAutoupdateLog.xml", "content");
+    const auto nameNow = []
+    {
+        SYSTEMTIME now{};
+        ::GetLocalTime(&now);
+        char name[64];
+        std::snprintf(name, sizeof name, "7xAutoupdateLog_%02d-%02d-%02d_%02d-%02d-%02d.xml", now.wYear % 100,
+                      now.wMonth, now.wDay, now.wHour, now.wMinute, now.wSecond);
+        return std::string(name);
+    };
+    const std::string before = nameNow();
     ArchiveCurrentLog();
+    const std::string after = nameNow();
     const std::vector<std::string> names = files();
     ASSERT_EQ(1u, names.size());
     EXPECT_TRUE(std::regex_match(names[0], std::regex(R"(7xAutoupdateLog_\d\d-\d\d-\d\d_\d\d-\d\d-\d\d\.xml)")))
         << names[0];
+    EXPECT_LE(before, names[0]); // such names sort like the times
+    EXPECT_GE(after, names[0]);
     EXPECT_EQ("content", m_data.readFile(names[0]));
 }
 
