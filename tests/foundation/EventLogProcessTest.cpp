@@ -6,7 +6,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -35,6 +37,43 @@ std::string logOfSize(std::size_t size)
     const std::string tail = "-->\r\n</LogAutoUpdate>\r\n";
     return head + std::string(size - head.size() - tail.size(), 'x') + tail;
 }
+
+using Names = std::vector<std::string>;
+
+/// What is in a folder.
+Names namesIn(const std::string& folder)
+{
+    Names names;
+    WIN32_FIND_DATAA found{};
+    const aut::UniqueFind search(::FindFirstFileA((folder + "\\*").c_str(), &found));
+    for (bool more = static_cast<bool>(search); more; more = ::FindNextFileA(search.get(), &found) != FALSE)
+    {
+        if (std::string(".") != found.cFileName && std::string("..") != found.cFileName)
+            names.emplace_back(found.cFileName);
+    }
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+/// The browser's version in the registry, put back at the end.
+class BrowserVersion
+{
+public:
+    ~BrowserVersion()
+    {
+        if (m_before)
+            m_machine.write(kKey, "Version", *m_before);
+        else
+            m_machine.removeValue(kKey, "Version");
+    }
+    void set(const std::string& version) const { m_machine.write(kKey, "Version", version); }
+    void remove() const { m_machine.removeValue(kKey, "Version"); }
+
+private:
+    static constexpr char kKey[] = "Software\\Microsoft\\Internet Explorer";
+    auttest::Registry m_machine;
+    std::optional<std::string> m_before = m_machine.readText(kKey, "Version");
+};
 
 class EventLogProcess : public ::testing::Test
 {
@@ -109,10 +148,50 @@ TEST_F(EventLogProcess, WithoutADataPathTheServiceDropsItsEvents)
 
 TEST_F(EventLogProcess, WithATooLongDataPathTheServiceDropsItsEvents)
 {
-    m_registry.write("", "DataPath", "C:\\" + std::string(250, 'x'));
-    EXPECT_EQ(0u, runProgram(programAs("AutoUpdate.exe"), "log 0 hello"));
+    const std::string program = programAs("AutoUpdate.exe");
+    const Names root = namesIn("C:");
+    // Room for the folder, but not for the name of the log behind it: not even a part of that may be written.
+    const std::string name(250, 'x');
+    m_registry.write("", "DataPath", "C:\\" + name);
+    EXPECT_EQ(0u, runProgram(program, "log 0 hello"));
+    EXPECT_TRUE(auttest::fileExists("C:\\" + name));
+    EXPECT_EQ(Names{}, namesIn("C:\\" + name));
+    auttest::removeAll("C:\\" + name);
+    EXPECT_EQ(root, namesIn("C:"));
+    EXPECT_FALSE(auttest::fileExists(auttest::LogFile::ownPath()));
+
     m_registry.write("", "DataPath", "C:\\" + std::string(10000, 'x'));
-    EXPECT_EQ(0u, runProgram(programAs("AutoUpdate.exe"), "log 0 hello"));
+    EXPECT_EQ(0u, runProgram(program, "log 0 hello"));
+    EXPECT_EQ(root, namesIn("C:"));
+    EXPECT_FALSE(auttest::fileExists(auttest::LogFile::ownPath()));
+}
+
+TEST_F(EventLogProcess, AnyProcessLogsIntoTheDataPathWhenItsUserHasNoFolder)
+{
+    useDataPath();
+    const auttest::Registry user(HKEY_CURRENT_USER);
+    const std::string folders = "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\User Shell Folders";
+    const auto before = user.readRaw(folders, "AppData");
+    user.write(folders, "AppData", "Z:\\no\\such\\folder");
+    EXPECT_EQ(0u, runProgram(programAs("Other.exe"), "log 0 hello"));
+    if (before)
+        user.writeRaw(folders, "AppData", before->type, before->bytes);
+    else
+        user.removeValue(folders, "AppData");
+    EXPECT_EQ((Events{{"Info", "hello"}}), eventsOf(m_data / kLog));
+    EXPECT_FALSE(auttest::fileExists(auttest::LogFile::ownPath()));
+}
+
+TEST_F(EventLogProcess, TheDetailLevelCountsFromTheFirstEventOn)
+{
+    useDataPath();
+    const std::string program = programAs("AutoUpdate.exe");
+    m_registry.write("Config", "TestEnv", 1u);
+    EXPECT_EQ(0u, runProgram(program, "log 0x20000 dropped"));
+    EXPECT_FALSE(m_data.exists(kLog));
+    m_registry.write("Config", "TestEnv", 2u);
+    EXPECT_EQ(0u, runProgram(program, "log 0x20000 kept"));
+    EXPECT_EQ((Events{{"Info", "kept"}}), eventsOf(m_data / kLog));
 }
 
 TEST_F(EventLogProcess, AFolderThatCannotBeMadeLosesTheEventOnly)
@@ -127,24 +206,39 @@ TEST_F(EventLogProcess, TheEnvironmentTellsClientSystemAndBrowser)
 {
     useDataPath();
     m_registry.write("", "Current_Kernel_Version", "3.3.302B1 <&>");
-    const auttest::Registry machine;
-    const std::string browser = "Software\\Microsoft\\Internet Explorer";
-    const auto before = machine.readText(browser, "Version");
-    machine.write(browser, "Version", "9.1.2.3");
+    const BrowserVersion browser;
+    browser.set("9.1.2.3");
     const auttest::Registry user(HKEY_CURRENT_USER);
     user.write("Software\\Wine\\AppDefaults\\AutoUpdate.exe", "Version", "win7");
 
     EXPECT_EQ(0u, runProgram(programAs("AutoUpdate.exe"), "log 0 hello"));
 
     user.removeKey("Software\\Wine\\AppDefaults\\AutoUpdate.exe");
-    if (before)
-        machine.write(browser, "Version", *before);
-    else
-        machine.removeValue(browser, "Version");
     EXPECT_EQ(0u, m_data.readFile(kLog).find("<LogAutoUpdate>\r\n<Environment>\r\n"
                                              "<AUVersion>3.3.302B1 &lt;&amp;&gt;</AUVersion>\r\n"
                                              "<OS>Windows 7 6.1 Service Pack 1</OS>\r\n<IE>9.1.2.3</IE>\r\n"
                                              "</Environment>\r\n<LogEvent>"));
+}
+
+TEST_F(EventLogProcess, ABrowserVersionThatIsMissingOrTooLongIsEmpty)
+{
+    useDataPath();
+    const std::string program = programAs("AutoUpdate.exe");
+    const auto browserElement = [&]
+    {
+        auttest::removeAll(m_data / kLog);
+        EXPECT_EQ(0u, runProgram(program, "log 0 hello"));
+        const std::string content = m_data.readFile(kLog);
+        const std::size_t start = content.find("<IE>");
+        return content.substr(start, content.find("\r\n", start) - start);
+    };
+    const BrowserVersion browser;
+    browser.remove();
+    EXPECT_EQ("<IE></IE>", browserElement());
+    browser.set(std::string(260, '9'));
+    EXPECT_EQ("<IE></IE>", browserElement());
+    browser.set(std::string(259, '9'));
+    EXPECT_EQ("<IE>" + std::string(259, '9') + "</IE>", browserElement());
 }
 
 TEST_F(EventLogProcess, AnUnknownSystemLeavesItsVersionEmpty)
