@@ -57,8 +57,15 @@ bool waitFor(SOCKET socket, Wish wish, std::int32_t seconds) noexcept
     return ::select(0, readable, writable, &failed, &limit) > 0 && wished.fd_count != 0;
 }
 
-/// One GET over a socket of this library's own, straight to the server. Only for bodies in chunks: WinInet reports
-/// their last chunk and the loss of the connection alike, and a body that was cut off must not pass for whole.
+/// Whether a connection at whose end we are was reset by the server. Not every system has recv() tell.
+bool wasReset(SOCKET socket) noexcept
+{
+    WSAPOLLFD state{socket, POLLIN, 0};
+    return ::WSAPoll(&state, 1, 0) > 0 && (state.revents & POLLERR) != 0;
+}
+
+/// One GET over a socket of this library's own, straight to the server. Only for bodies without a length: WinInet
+/// reports their end and the loss of the connection alike, and a body that was cut off must not pass for whole.
 class DirectHttpSource final : public Source
 {
 public:
@@ -203,6 +210,8 @@ private:
             if (!waitFor(m_socket.get(), Wish::read, m_wanted.params.timeOut))
                 return internetError(ERROR_INTERNET_TIMEOUT);
             const int got = ::recv(m_socket.get(), m_buffer.data(), static_cast<int>(m_buffer.size()), 0);
+            if (got == 0 && wasReset(m_socket.get()))
+                return internetError(ERROR_INTERNET_CONNECTION_RESET);
             if (got >= 0)
             {
                 m_unread = std::string_view(m_buffer.data(), static_cast<std::size_t>(got));

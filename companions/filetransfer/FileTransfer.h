@@ -81,7 +81,9 @@ inline constexpr int kBadArgument = 14001;       ///< a null transfer or URL, or
 inline constexpr int kUnsupportedScheme = 14002; ///< neither http, https, ftp nor file
 inline constexpr int kOutOfMemory = 14003;
 inline constexpr int kBodyTooLong = 14004; ///< longer than ConnectionParams::maximumLength
-inline constexpr int kBodyCutOff = 14005;  ///< the connection ended before the body did
+/// The connection ended before the body did. (Only HTTP's oldest form of answer, with neither length nor chunks, cannot
+/// tell: there the orderly end of the connection is the end of the body.)
+inline constexpr int kBodyCutOff = 14005;
 inline constexpr int kInternalError = 14006;
 /// Plus Windows' code of any other failure: 100002 is "file not found".
 inline constexpr int kSystemErrorBase = 100000;

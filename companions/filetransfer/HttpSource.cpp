@@ -48,7 +48,7 @@ public:
         return outcome;
     }
 
-    /// Without a length the end of the connection is the end of the body.
+    /// Without a length the end of the connection is the end of the body, as HTTP has it.
     Outcome confirmWhole(std::uint64_t received) override
     {
         return received == m_announcedLength.value_or(received) ? Outcome() : Outcome{kBodyCutOff, 0, true};
@@ -135,13 +135,15 @@ private:
             m_announcedLength = length;
         else if (m_wanted.avoidChunks)
             return {kBodyCutOff, 0, true}; // asked for a body of known length, and still none
+        else if (leadsStraight())
+            return askOtherwise(); // where the end of the connection ends the body, a reset must not
         return {};
     }
 
-    /// WinInet reports the last chunk of a body and the loss of its connection alike, and it makes a good answer out of
-    /// what is none (without headers, then). Such a body has to be fetched in another way: over a connection of this
-    /// library's own where one leads straight to the server, else with HTTP/1.0, to which a server must not answer in
-    /// chunks.
+    /// WinInet reports the last chunk of a body, the end of its connection and the loss of it alike, and it makes a
+    /// good answer out of what is none (without headers, then). A body without a length has to be fetched in another
+    /// way: over a connection of this library's own where one leads straight to the server, else with HTTP/1.0, to
+    /// which a server must not answer in chunks.
     Outcome askOtherwise()
     {
         if (!m_wanted.avoidChunks && leadsStraight())

@@ -28,7 +28,7 @@ struct Request
     Url url;
     ConnectionParams params;
     bool useProxy = true;
-    /// The server as it is to be asked without WinInet; set once it has answered WinInet in chunks.
+    /// The server as it is to be asked without WinInet; set once it has answered WinInet with a body without a length.
     std::optional<Url> direct;
     /// Set when that is not possible: ask for an answer that is not in chunks.
     bool avoidChunks = false;

@@ -107,7 +107,7 @@ Outcome Transfer::readPacket(bool& ended)
 
 bool Transfer::tryAgain(const Outcome& outcome, bool askedOtherwise) noexcept
 {
-    // The first answer in chunks leads to one attempt more, in another way, that costs no retry and no pause.
+    // The first body without a length leads to one attempt more, in another way, that costs no retry and no pause.
     const bool otherwise = asksOtherwise() && !askedOtherwise;
     if (!outcome.mayPass || (!otherwise && m_retriesLeft == 0))
         return false;

@@ -39,7 +39,10 @@ INSTANTIATE_TEST_SUITE_P(
     ::testing::Values(
         FaultRow{"CutOffInTheMiddle", "cut=20000", 14005}, FaultRow{"CutOffAtOnce", "cut=0", 14005},
         FaultRow{"CutOffOneByteBeforeTheEnd", "cut=49999", 14005}, FaultRow{"LengthTooLong", "lie=1", 14005},
-        FaultRow{"ResetInTheMiddle", "cut=20000, reset=1", kAnyError}, FaultRow{"Stalled", "stall=20000", 12002},
+        FaultRow{"ResetInTheMiddle", "cut=20000, reset=1", kAnyError},
+        FaultRow{"UntilCloseAndReset", "framing=until-close, cut=20000, reset=1", kAnyError},
+        FaultRow{"ChunkedAndReset", "framing=chunked, cut=20000, reset=1", kAnyError},
+        FaultRow{"ChunkedAndStalled", "framing=chunked, stall=20000", 12002}, FaultRow{"Stalled", "stall=20000", 12002},
         FaultRow{"Silent", "silent=1", kAnyError}, FaultRow{"SlowerThanTheTimeOut", "delay=3000", kAnyError},
         FaultRow{"HungUp", "hang-up=1", kAnyError}, FaultRow{"HungUpWithReset", "hang-up=1, reset=1", kAnyError},
         FaultRow{"ChunkedCutBetweenChunks", "framing=chunked, piece=1000, cut=20000", 14005},
