@@ -17,6 +17,8 @@ if [ -z "$wine64" ] || [ -z "$wineServer" ]; then
 fi
 
 unset DISPLAY WAYLAND_DISPLAY TZ LANG LANGUAGE http_proxy https_proxy ftp_proxy no_proxy HTTP_PROXY HTTPS_PROXY NO_PROXY
+# A test of daylight saving names a zone of its own.
+[ -z "${AUTOOLS_TZ:-}" ] || export TZ=$AUTOOLS_TZ
 export LC_ALL=C.UTF-8 WINEARCH=win64 WINEDEBUG="${WINEDEBUG:--all}"
 
 wineStart=()
