@@ -141,12 +141,18 @@ ExitCode runCycle(const Settings& settings)
         std::printf("The answer has no product list.\n");
         return kBadAnswer;
     }
-    std::printf("%d releases, list number %lu, country %s\n\n", releases.count(), list.GetModifCounter(),
+    std::printf("%d releases, list number %lu, country %s\n", releases.count(), list.GetModifCounter(),
                 CRegAutoUpdate(true).GetCountryCode());
-    printTable(releases);
-
-    std::printf("\nRelease records\n");
-    const bool saved = saveRecords(releases, settings.dataFolder);
+    bool saved = true;
+    if (releases.count() > 0)
+    {
+        std::printf("\n");
+        printTable(releases);
+        std::printf("\nRelease records\n");
+        saved = saveRecords(releases, settings.dataFolder);
+    }
+    else
+        std::printf("The server has nothing for this workstation.\n");
     Log(kPhase1End, "Update cycle: %d releases", releases.count());
     return saved ? kDone : kRecordsNotSaved;
 }

@@ -165,7 +165,8 @@ TEST_F(UpdateCycle, AnAnswerWithoutProductsIsNoFailure)
 {
     server->addRule("file=error-no-data.xml");
     EXPECT_EQ(0u, run(cycleOptions()));
-    expectOutput("0 releases");
+    expectOutput("The server has nothing for this workstation.\r\n");
+    expectOutput("Phase1_End    Update cycle: 0 releases\r\n");
     expectNoRecords();
 }
 
