@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <climits>
-#include <cstdlib>
 #include <cstring>
 #include <string_view>
 #include <utility>
@@ -60,14 +59,19 @@ DeclaredEncoding findDeclaredEncoding(std::string_view text)
     return {begin, end + 1, declaration.substr(at + 1, end - at - 1)};
 }
 
-/// The number behind `prefix` when it lies within the bounds, else 0.
-UINT numberBehind(const std::string& name, std::string_view prefix, UINT low, UINT high)
+/// The number behind `prefix`, of at most four digits and nothing else; 0 when there is none.
+UINT numberBehind(std::string_view name, std::string_view prefix)
 {
-    if (!startsWith(name, prefix))
+    if (!startsWith(name, prefix) || name.size() > prefix.size() + 4)
         return 0;
-    char* stop = nullptr;
-    const unsigned long number = std::strtoul(name.c_str() + prefix.size(), &stop, 10);
-    return *stop == '\0' && number >= low && number <= high ? static_cast<UINT>(number) : 0;
+    UINT number = 0;
+    for (const char c : name.substr(prefix.size()))
+    {
+        if (c < '0' || c > '9')
+            return 0;
+        number = 10 * number + static_cast<UINT>(c - '0');
+    }
+    return number;
 }
 
 UINT codePageOf(std::string_view encoding)
@@ -79,10 +83,11 @@ UINT codePageOf(std::string_view encoding)
     UINT page = kNoCodePage;
     if (name == "us-ascii" || name == "ascii")
         page = 20127;
-    else if (const UINT part = numberBehind(name, "iso-8859-", 1, 15))
+    else if (const UINT part = numberBehind(name, "iso-8859-"); part >= 1 && part <= 15)
         page = kIso8859 + part;
-    else if (const UINT windows = numberBehind(name, "windows-", 874, 1258))
-        page = windows;
+    else if (const UINT windows = numberBehind(name, "windows-");
+             windows == 874 || (windows >= 1250 && windows <= 1258))
+        page = windows; // these only: the numbers between are not all eight-bit code pages
     return page != kNoCodePage && ::IsValidCodePage(page) ? page : kNoCodePage;
 }
 

@@ -23,8 +23,7 @@ namespace aut
 /// believed it would decode a second time.
 UniqueBstr decodeXml(const char* bytes, std::size_t size);
 
-/// 8-bit text in the ANSI code page to wide text and back. What has no place in the code page becomes "?". Null for an
-/// empty text or when memory runs out.
+/// 8-bit text in the ANSI code page as wide text. Null for an empty text or when memory runs out.
 UniqueBstr wideFromAnsi(const char* text);
 } // namespace aut
 
