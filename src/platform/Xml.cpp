@@ -36,6 +36,9 @@ void copyAscii(std::wstring_view text, char* out) noexcept
     std::transform(text.begin(), text.end(), out, [](wchar_t c) { return static_cast<char>(c); });
 }
 
+/// What has no place in the code page becomes "?", and never a character that merely looks alike: that could be a
+/// backslash or a quote, and these texts become paths and command lines.
+///
 /// Nearly all texts and names of our documents are ASCII, and there are a hundred thousand of them in a long product
 /// list: those take no detour over the code page.
 String ansiFromWide(const UniqueBstr& text)
@@ -50,14 +53,15 @@ String ansiFromWide(const UniqueBstr& text)
         return ascii;
     }
     const int length = static_cast<int>(::SysStringLen(text.get()));
-    const int size =
-        length == 0 ? 0 : ::WideCharToMultiByte(CP_ACP, 0, text.get(), length, nullptr, 0, nullptr, nullptr);
+    const int size = length == 0 ? 0
+                                 : ::WideCharToMultiByte(CP_ACP, WC_NO_BEST_FIT_CHARS, text.get(), length, nullptr, 0,
+                                                         nullptr, nullptr);
     String ansi;
     if (size <= 0)
         return ansi;
     char* const buffer = ansi.GetBufferSetLength(size);
     if (buffer != nullptr)
-        ::WideCharToMultiByte(CP_ACP, 0, text.get(), length, buffer, size, nullptr, nullptr);
+        ::WideCharToMultiByte(CP_ACP, WC_NO_BEST_FIT_CHARS, text.get(), length, buffer, size, nullptr, nullptr);
     return ansi;
 }
 
@@ -98,9 +102,13 @@ bool loadXmlText(IXMLDOMDocument* document, const char* text)
 
 bool loadXmlText(IXMLDOMDocument* document, const char* text, std::size_t size)
 {
-    const UniqueBstr wide = decodeXml(text, size);
+    if (document == nullptr)
+        return false;
+    UniqueBstr wide = decodeXml(text, size);
+    if (!wide)
+        wide.reset(::SysAllocString(L"")); // refused like any other, so that the document holds an error of its own
     VARIANT_BOOL loaded = VARIANT_FALSE;
-    return document != nullptr && wide && SUCCEEDED(document->loadXML(wide.get(), &loaded)) && loaded != VARIANT_FALSE;
+    return SUCCEEDED(document->loadXML(wide.get(), &loaded)) && loaded != VARIANT_FALSE;
 }
 
 bool loadXmlFile(IXMLDOMDocument* document, const char* path)

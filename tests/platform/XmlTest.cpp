@@ -88,6 +88,12 @@ TEST_F(Xml, ShowsACharacterThatTheCodePageLacksAsAQuestionMark)
     EXPECT_STREQ("?", textAt("a"));
 }
 
+TEST_F(Xml, ShowsACharacterThatOnlyLooksLikeABackslashAsAQuestionMark)
+{
+    ASSERT_TRUE(load("<a>..\xEF\xBC\xBC..</a>")); // U+FF3C
+    EXPECT_STREQ("..?..", textAt("a"));
+}
+
 TEST_F(Xml, KnowsNamesOutsideAscii)
 {
     ASSERT_EQ(1252u, ::GetACP());
@@ -115,6 +121,18 @@ TEST_F(Xml, TellsWhatTheParserSaid)
     EXPECT_FALSE(error.reason.IsEmpty());
     EXPECT_EQ(-1, error.reason.Find('\n'));
     EXPECT_EQ(0, aut::xmlParseError(nullptr).code);
+}
+
+TEST_F(Xml, WhatCannotBeDecodedIsAnErrorOfTheDocumentToo)
+{
+    for (const std::string& text : {std::string(), std::string("<a/>\0", 5), std::string(100, '\0'),
+                                    std::string("<?xml version=\"1.0\" encoding=\"utf-8\"?><a>\xE9</a>")})
+    {
+        ASSERT_TRUE(load("<b/>"));
+        ASSERT_FALSE(load(text));
+        EXPECT_NE(0, aut::xmlParseError(m_document.Get()).code);
+        EXPECT_EQ(nullptr, aut::xmlRoot(m_document.Get()).Get()) << "the former document is gone";
+    }
 }
 
 TEST_F(Xml, LoadsAFile)
