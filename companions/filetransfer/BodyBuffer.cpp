@@ -8,7 +8,7 @@ namespace filetransfer
 {
 namespace
 {
-constexpr std::size_t kFirstCommitBytes = 64 * 1024;
+constexpr std::size_t kFirstCommitBytes = std::size_t{64} * 1024;
 } // namespace
 
 BodyBuffer::~BodyBuffer()

@@ -9,7 +9,7 @@ namespace
 {
 constexpr std::size_t kMostSizeDigits = 15;
 /// No server has that much to say beside the body.
-constexpr std::size_t kMostFramingBytes = 64 * 1024;
+constexpr std::size_t kMostFramingBytes = std::size_t{64} * 1024;
 
 int hexValue(char c) noexcept
 {
@@ -48,8 +48,11 @@ ChunkDecoder::Step ChunkDecoder::decode(const char* in, std::size_t inBytes, cha
 void ChunkDecoder::takeFraming(char c) noexcept
 {
     if (++m_framingBytes > kMostFramingBytes)
+    {
         m_state = State::broken;
-    else if (m_state == State::size)
+        return;
+    }
+    if (m_state == State::size)
         takeSizeCharacter(c);
     else if (m_state == State::extension)
     {
@@ -71,13 +74,14 @@ void ChunkDecoder::takeFraming(char c) noexcept
 void ChunkDecoder::takeSizeCharacter(char c) noexcept
 {
     const int digit = hexValue(c);
-    if (digit >= 0 && ++m_digits <= kMostSizeDigits)
+    if (digit >= 0 && m_digits < kMostSizeDigits)
+    {
+        ++m_digits;
         m_left = m_left * 16 + static_cast<std::uint64_t>(digit);
-    else if (digit >= 0 || m_digits == 0)
-        m_state = State::broken;
-    else if (c == '\n')
+    }
+    else if (c == '\n' && m_digits != 0)
         endSizeLine();
-    else if (c == ';' || c == ' ' || c == '\t' || c == '\r')
+    else if ((c == ';' || c == ' ' || c == '\t' || c == '\r') && m_digits != 0)
         m_state = State::extension;
     else
         m_state = State::broken;

@@ -17,7 +17,7 @@ namespace filetransfer
 {
 namespace
 {
-constexpr std::size_t kLongestHeadBytes = 64 * 1024; // with all interim answers before it
+constexpr std::size_t kLongestHeadBytes = std::size_t{64} * 1024; // with all interim answers before it
 constexpr std::uint32_t kHttpOk = 200;
 constexpr std::uint32_t kHttpUnauthorized = 401;
 
@@ -242,7 +242,7 @@ private:
     Request& m_wanted;
     bool m_started = false;
     UniqueSocket m_socket;
-    std::array<char, 16 * 1024> m_buffer;
+    std::array<char, 16384> m_buffer;
     std::string_view m_unread; // in m_buffer
     std::size_t m_at = 0;      // in m_unread
     bool m_chunked = false;

@@ -8,8 +8,8 @@ namespace webconf_sample
 namespace
 {
 constexpr std::size_t kDefaultPieceBytes = 1024;
-constexpr std::size_t kChunkBytes = 16 * 1024;
-constexpr std::size_t kSendBytes = 64 * 1024;
+constexpr std::size_t kChunkBytes = std::size_t{16} * 1024;
+constexpr std::size_t kSendBytes = std::size_t{64} * 1024;
 
 const char* reasonOf(int status)
 {

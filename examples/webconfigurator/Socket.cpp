@@ -8,7 +8,7 @@ namespace webconf_sample
 {
 namespace
 {
-constexpr std::size_t kLargestSendBytes = 64 * 1024;
+constexpr std::size_t kLargestSendBytes = std::size_t{64} * 1024;
 
 [[noreturn]] void fail(const char* what)
 {

@@ -13,7 +13,7 @@ namespace webconf_sample
 {
 namespace
 {
-constexpr std::size_t kLongestHeadBytes = 1024 * 1024;
+constexpr std::size_t kLongestHeadBytes = std::size_t{1024} * 1024;
 } // namespace
 
 class WebConfigurator::Impl
@@ -140,7 +140,7 @@ private:
         std::size_t end = unread.find(kHeadEnd);
         while (end == std::string::npos && unread.size() < kLongestHeadBytes)
         {
-            const std::string more = socket.receive(16 * 1024);
+            const std::string more = socket.receive(16384);
             if (more.empty())
                 return std::nullopt;
             unread += more;
