@@ -19,7 +19,7 @@ bool CComponent::VersionFolder(const char* componentRoot, char* folder) const
     if (!aut::isPlainName(m_name) || !aut::isPlainName(m_fullVersion))
     {
         // Both came from the server, and a map file says where files are to be put.
-        Log(2, "CComponent::LoadMapFile - component %s %s refused: no folder of its own", m_name, m_fullVersion);
+        Log(2, "CComponent - component %s %s refused: no folder of its own", m_name, m_fullVersion);
         return false;
     }
     if (componentRoot != nullptr)

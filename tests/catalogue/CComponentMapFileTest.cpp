@@ -1,4 +1,5 @@
 #include "catalogue/CComponent.h"
+#include "platform/UniqueResource.h"
 #include "tests/support/ClientRegistry.h"
 #include "tests/support/LogFile.h"
 #include "tests/support/OpenHandles.h"
@@ -38,6 +39,24 @@ std::string besideThisProgram(const char* name)
 
 bool isLibraryLoaded() { return ::GetModuleHandleA("MapFile.dll") != nullptr; }
 
+/// Keeps the library loaded beyond its unloading, so that it can be asked afterwards.
+class HeldLibrary
+{
+public:
+    explicit HeldLibrary(const std::string& path) : m_module(::LoadLibraryA(path.c_str())) { EXPECT_TRUE(m_module); }
+    /// Whether it has that handle loaded.
+    bool knows(unsigned long long handle) const
+    {
+        using Check = int(unsigned long long, int**, bool);
+        auto* const check =
+            reinterpret_cast<Check*>(reinterpret_cast<void*>(::GetProcAddress(m_module.get(), "MapFileCheck")));
+        return check != nullptr && check(handle, nullptr, false) != -1;
+    }
+
+private:
+    aut::UniqueModule m_module;
+};
+
 /// The map files of one component and, once installed, the library that reads them.
 class CComponentMapFile : public ::testing::Test
 {
@@ -59,6 +78,19 @@ protected:
     void install(const char* library = "mapfile\\MapFile.dll")
     {
         ASSERT_TRUE(::CopyFileA(besideThisProgram(library).c_str(), (m_folder / "client\\MapFile.dll").c_str(), FALSE));
+    }
+    /// The library without one of its entry points, whose name is spoilt in the copy.
+    void installWithout(const std::string& entryPoint)
+    {
+        std::string bytes = auttest::readFile(besideThisProgram("mapfile\\MapFile.dll"));
+        std::size_t found = 0;
+        for (std::size_t at = bytes.find(entryPoint); at != std::string::npos; at = bytes.find(entryPoint, at))
+        {
+            bytes[at + entryPoint.size() - 1] = '_'; // the last letter: the names stay in order
+            ++found;
+        }
+        ASSERT_NE(0u, found);
+        m_folder.writeFile("client\\MapFile.dll", bytes);
     }
     std::string root(const char* name) const { return m_folder / name; }
     std::string parameter(CComponent& component, const char* name)
@@ -237,9 +269,69 @@ TEST_F(CComponentMapFile, TheAttachedObjectIsDeletedWithTheHandle)
     EXPECT_EQ(2, deleted);
 }
 
+TEST_F(CComponentMapFile, ReleaseGivesTheHandleBackToTheLibrary)
+{
+    install();
+    HeldLibrary library(root("client\\MapFile.dll"));
+    ASSERT_TRUE(m_component.LoadMapFile(nullptr));
+    const auto handle = m_component.m_mapFile;
+    EXPECT_TRUE(library.knows(handle));
+    m_component.ReleaseMapFile();
+    EXPECT_FALSE(library.knows(handle));
+}
+
+TEST_F(CComponentMapFile, TheDestructorGivesTheHandleBackToTheLibrary)
+{
+    install();
+    HeldLibrary library(root("client\\MapFile.dll"));
+    unsigned long long handle = 0;
+    {
+        ComponentProbe loaded(5, "comp", "1.0", "B1", "EN", 0, "");
+        ASSERT_TRUE(loaded.LoadMapFile(nullptr));
+        handle = loaded.m_mapFile;
+        EXPECT_TRUE(library.knows(handle));
+    }
+    EXPECT_FALSE(library.knows(handle));
+}
+
+TEST_F(CComponentMapFile, ALibraryThatOnlyCannotLoadIsAskedForTheRest)
+{
+    installWithout("MapFileLoad");
+    EXPECT_FALSE(m_component.LoadMapFile(nullptr));
+    EXPECT_EQ(0u, m_component.m_mapFile);
+    EXPECT_EQ("", parameter(m_component, "server"));
+    EXPECT_EQ(-1, m_component.CheckMapFile(nullptr, false)); // asked with the handle 0
+}
+
+TEST_F(CComponentMapFile, ALibraryThatOnlyCannotGiveParametersIsAskedForTheRest)
+{
+    installWithout("MapFileGetParam");
+    EXPECT_TRUE(m_component.LoadMapFile(nullptr));
+    EXPECT_EQ(1, m_component.CheckMapFile(nullptr, true));
+    char out[260] = "old";
+    EXPECT_EQ(nullptr, m_component.GetMapFileParam("server", out));
+    EXPECT_STREQ("", out);
+}
+
+TEST_F(CComponentMapFile, ALibraryThatOnlyCannotCheckIsAskedForTheRest)
+{
+    installWithout("MapFileCheck");
+    EXPECT_EQ(0, m_component.CheckMapFile(nullptr, true)); // of the one item that is there
+    EXPECT_NE(0u, m_component.m_mapFile) << "the map file is loaded all the same";
+    EXPECT_EQ("update.example", parameter(m_component, "server"));
+}
+
+TEST_F(CComponentMapFile, ALibraryThatOnlyLacksWhatNobodyCallsIsAsGoodAsAny)
+{
+    installWithout("MapFileItemGetDestinationPath");
+    EXPECT_TRUE(m_component.LoadMapFile(nullptr));
+    EXPECT_EQ(1, m_component.CheckMapFile(nullptr, true));
+    EXPECT_EQ("update.example", parameter(m_component, "server"));
+}
+
 TEST_F(CComponentMapFile, AHandleThatNobodyReleasesStaysUntilTheEnd)
 {
-    install("mapfile_norelease\\MapFile.dll");
+    installWithout("MapFileRelease");
     int deleted = 0;
     {
         ComponentProbe loaded(5, "comp", "1.0", "B1", "EN", 0, "");
@@ -275,11 +367,14 @@ TEST_F(CComponentMapFile, NamesThatLeadElsewhereAreRefused)
         auttest::LogFile log;
         ComponentProbe leading(5, name, "1.0", "B1", "EN", 0, "");
         EXPECT_FALSE(leading.LoadMapFile(nullptr)) << name;
-        EXPECT_TRUE(log.has("Error", std::string("CComponent::LoadMapFile - component ") + name +
-                                         " 1.0B1_EN refused: no folder of its own"));
+        const std::vector<auttest::LogEvent> refused = {
+            {"Error", std::string("CComponent - component ") + name + " 1.0B1_EN refused: no folder of its own"}};
+        EXPECT_EQ(refused, log.events());
+        log.mark();
         char out[260] = "old";
         EXPECT_FALSE(leading.IsFromMSIComponent(out)) << name;
         EXPECT_STREQ("", out);
+        EXPECT_EQ(refused, log.events());
     }
     ComponentProbe version(5, "comp", "..\\..\\comp\\1.0", "B1", "EN", 0, "");
     EXPECT_FALSE(version.LoadMapFile(nullptr));

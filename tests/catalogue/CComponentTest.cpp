@@ -126,6 +126,8 @@ TEST(CComponent, ACopyIsEnabledWithoutStatusAndWithoutMapFile)
     }
     EXPECT_EQ(0, deleted);
     EXPECT_EQ(7, source.IsShared());
+    source.SetShared(0);
+    EXPECT_EQ(0, ComponentProbe(source).IsShared());
 }
 
 TEST(CComponent, AssignmentKeepsTheTargetsSharedFlagAndMapFile)
@@ -140,6 +142,8 @@ TEST(CComponent, AssignmentKeepsTheTargetsSharedFlagAndMapFile)
         target.SetShared(3);
         target.m_enabled = 0;
         target.m_attachment = new Attachment(deleted);
+        source.m_mapFile = 4; // never released: no library knows these two
+        target.m_mapFile = 5;
         target = source;
         EXPECT_EQ(5, target.GetId());
         EXPECT_STREQ("comp", target.GetName());
@@ -151,7 +155,11 @@ TEST(CComponent, AssignmentKeepsTheTargetsSharedFlagAndMapFile)
         EXPECT_EQ(9, target.m_reserved);
         EXPECT_EQ(3, target.IsShared());
         EXPECT_NE(nullptr, target.m_attachment);
+        EXPECT_EQ(5u, target.m_mapFile);
+        EXPECT_EQ(4u, source.m_mapFile);
         EXPECT_EQ(0, deleted);
+        source.m_mapFile = 0;
+        target.m_mapFile = 0;
     }
     EXPECT_EQ(1, deleted);
 }

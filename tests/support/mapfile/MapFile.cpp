@@ -65,9 +65,7 @@ extern "C"
         return g_next;
     }
 
-#ifndef WITHOUT_RELEASE
     __declspec(dllexport) void MapFileRelease(Handle handle) { g_loaded.erase(handle); }
-#endif
 
     __declspec(dllexport) void MapFileGetParam(Handle handle, const char* name, char* out)
     {
