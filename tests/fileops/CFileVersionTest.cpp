@@ -71,6 +71,22 @@ TEST(CFileVersion, ATranslationTableOfHalfAnEntryCountsAsNone)
     EXPECT_EQ(0, version.Open((folder / "a.dll").c_str()));
 }
 
+TEST(CFileVersion, AResourceWithoutTheFixedRecordHasItsStringsOnly)
+{
+    const auttest::TestFolder folder;
+    auttest::VersionResource resource;
+    resource.fixedRecord = false;
+    resource.strings = {{L"CompanyName", L"Velmora"}};
+    auttest::writeLibrary(folder / "a.dll", resource);
+    CFileVersion version;
+    ASSERT_EQ(1, version.Open((folder / "a.dll").c_str()));
+    EXPECT_STREQ("", version.GetFixedFileVersion());
+    EXPECT_STREQ("", version.GetFixedProductVersion());
+    VS_FIXEDFILEINFO info{};
+    EXPECT_EQ(0, version.GetFixedInfo(info));
+    EXPECT_STREQ("Velmora", version.QueryValue("CompanyName", 0));
+}
+
 TEST(CFileVersion, FixedVersionsShowAllFourPartsUnsigned)
 {
     const auttest::TestFolder folder;

@@ -8,6 +8,10 @@
 
 #include <gtest/gtest.h>
 
+#include <windows.h>
+
+#include <winioctl.h>
+
 #include <vector>
 
 using auttest::FileProbe;
@@ -412,6 +416,27 @@ TEST(RT_FileGetLength, KeepsAnOpenFileOpenAndItsPosition)
     EXPECT_EQ('7', byte);
 }
 
+TEST(RT_FileGetLength, IsTheLow32BitsAbove4Gigabytes)
+{
+    const auttest::TestFolder folder;
+    const std::string path = folder / "large.bin";
+    {
+        const aut::UniqueFile large(::CreateFileA(path.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, CREATE_NEW,
+                                                  FILE_ATTRIBUTE_NORMAL, nullptr));
+        ASSERT_TRUE(large);
+        DWORD bytes = 0;
+        ::DeviceIoControl(large.get(), FSCTL_SET_SPARSE, nullptr, 0, nullptr, 0, &bytes, nullptr);
+        LARGE_INTEGER size{};
+        size.QuadPart = 0x1'0000'0007;
+        ASSERT_TRUE(::SetFilePointerEx(large.get(), size, nullptr, FILE_BEGIN));
+        if (!::SetEndOfFile(large.get()))
+            GTEST_SKIP() << "the file system has no files of this size: " << ::GetLastError();
+        ASSERT_TRUE(::GetFileSizeEx(large.get(), &size));
+        ASSERT_EQ(0x1'0000'0007, size.QuadPart);
+    }
+    EXPECT_EQ(7u, RT_File(path.c_str()).GetLength());
+}
+
 TEST(RT_FileGetLength, IsZeroForAFileThatCannotBeOpened)
 {
     const auttest::TestFolder folder;
@@ -454,6 +479,15 @@ TEST(RT_FileRemoveReadOnly, ClearsTheAttribute)
     EXPECT_TRUE(file.RemoveReadOnlyAttribIfAny());
     EXPECT_FALSE(file.IsReadOnly());
     EXPECT_TRUE(FileProbe((folder / "missing.txt").c_str()).RemoveReadOnlyAttribIfAny());
+}
+
+TEST(RT_FileRemoveReadOnly, MakesTheFileNormalWhateverElseItWas)
+{
+    const auttest::TestFolder folder;
+    const std::string path = folder.writeFile("a.txt", "text");
+    ASSERT_TRUE(::SetFileAttributesA(path.c_str(), FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN));
+    EXPECT_TRUE(FileProbe(path.c_str()).RemoveReadOnlyAttribIfAny());
+    EXPECT_EQ(0u, ::GetFileAttributesA(path.c_str()) & (FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN));
 }
 
 TEST(RT_FileIsFileLocked, AnyOtherHandleThatKeepsAWriterOutLocks)

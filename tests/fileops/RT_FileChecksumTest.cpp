@@ -131,6 +131,21 @@ TEST(RT_FileGetCheckSum, AFileThatIsShorterThanItWasIsRecordedAsStatus472)
     expectRecorded472((folder / "a.bin").c_str());
 }
 
+TEST(RT_FileGetCheckSum, AFileThatIsLongerThanItWasIsReadUpToTheLengthItHad)
+{
+    const auttest::TestFolder folder;
+    std::string longer(40'000, '\0');
+    for (std::size_t i = 0; i < longer.size(); ++i)
+        longer[i] = static_cast<char>(i % 251 + 1);
+    folder.writeFile("longer.bin", longer);
+    for (const std::size_t length : {3u, 4u, 6u, 16000u, 16002u, 20000u})
+    {
+        FileProbe file(folder.writeFile("a.bin", std::string(length, 'a')).c_str());
+        file.m_fileName = "longer.bin"; // as if it had grown once its length was known
+        EXPECT_EQ(expectedSum(longer.substr(0, length)), file.GetCheckSum()) << length;
+    }
+}
+
 TEST(RT_FileGetCheckSum, ADirectoryThatEndsInABackslashGetsNoSecondOne)
 {
     const auttest::TestFolder folder;

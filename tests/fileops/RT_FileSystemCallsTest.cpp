@@ -1,11 +1,14 @@
 // What a file object asks of the system where the outcome cannot be seen from outside on every system the suite runs
-// on: access lists that the file system does not keep, attributes that the owner of a file may always change.
+// on: access lists and attributes that the file system does not keep, attributes that the owner of a file may always
+// change, a library that is never missing.
 //
 // The program's own import pointers are defined here, so that the linker takes them instead of the import library's.
 
+#include "fileops/CFileVersion.h"
 #include "fileops/RT_File.h"
 #include "foundation/RT_RESULT.h"
 #include "tests/fileops/FileProbe.h"
+#include "tests/fileops/VersionedFile.h"
 #include "tests/support/TestFolder.h"
 
 #include <gtest/gtest.h>
@@ -27,6 +30,8 @@ struct CreateFileCall
 };
 CreateFileCall g_lastCall;
 DWORD g_attributesError = ERROR_SUCCESS; ///< when set, setting attributes fails with it
+DWORD g_attributes = 0;                  ///< those that were to be set last
+bool g_withoutVersionLibrary = false;
 
 bool hasNullAccessList(const SECURITY_ATTRIBUTES* security)
 {
@@ -55,6 +60,7 @@ HANDLE WINAPI recordedCreateFile(const char* path, DWORD access, DWORD sharing, 
 
 BOOL WINAPI failingSetFileAttributes(const char* path, DWORD attributes)
 {
+    g_attributes = attributes;
     if (g_attributesError != ERROR_SUCCESS)
     {
         ::SetLastError(g_attributesError);
@@ -63,14 +69,27 @@ BOOL WINAPI failingSetFileAttributes(const char* path, DWORD attributes)
     static const auto setFileAttributes = kernelFunction<decltype(&failingSetFileAttributes)>("SetFileAttributesA");
     return setFileAttributes(path, attributes);
 }
+
+HMODULE WINAPI refusingLoadLibrary(const char* name)
+{
+    if (g_withoutVersionLibrary && ::lstrcmpiA(name, "Version.dll") == 0)
+    {
+        ::SetLastError(ERROR_MOD_NOT_FOUND);
+        return nullptr;
+    }
+    static const auto loadLibrary = kernelFunction<decltype(&refusingLoadLibrary)>("LoadLibraryA");
+    return loadLibrary(name);
+}
 } // namespace
 
 extern "C"
 {
     extern decltype(&recordedCreateFile) const __imp_CreateFileA;
     extern decltype(&failingSetFileAttributes) const __imp_SetFileAttributesA;
+    extern decltype(&refusingLoadLibrary) const __imp_LoadLibraryA;
     decltype(&recordedCreateFile) const __imp_CreateFileA = &recordedCreateFile;
     decltype(&failingSetFileAttributes) const __imp_SetFileAttributesA = &failingSetFileAttributes;
+    decltype(&refusingLoadLibrary) const __imp_LoadLibraryA = &refusingLoadLibrary;
 }
 
 namespace
@@ -148,5 +167,34 @@ TEST(RT_FileSystemCalls, AReadOnlyAttributeThatStaysIsRecordedAsStatus460)
     g_attributesError = ERROR_SUCCESS;
     EXPECT_EQ("0,460,5,7,Unable to set file attributes," + path + ",RT_File::RemoveReadOnlyAttribIfAny,,",
               std::string(static_cast<const char*>(result->GetErrorString())));
+}
+
+TEST(RT_FileSystemCalls, AReadOnlyFileGetsNormalAttributes)
+{
+    const auttest::TestFolder folder;
+    const std::string path = folder.writeFile("a.txt", "text");
+    ASSERT_TRUE(::SetFileAttributesA(path.c_str(), FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN));
+    EXPECT_TRUE(FileProbe(path.c_str()).RemoveReadOnlyAttribIfAny());
+    EXPECT_EQ(static_cast<DWORD>(FILE_ATTRIBUTE_NORMAL), g_attributes);
+    g_attributes = 0;
+    EXPECT_TRUE(FileProbe(path.c_str()).RemoveReadOnlyAttribIfAny());
+    EXPECT_EQ(0u, g_attributes) << "a file that is not read-only is left alone";
+}
+
+TEST(RT_FileSystemCalls, WithoutTheVersionLibraryNoFileHasAVersion)
+{
+    g_withoutVersionLibrary = true;
+    {
+        CFileVersion version;
+        EXPECT_EQ(0, version.Open(auttest::compiledLibrary().c_str()));
+        EXPECT_STREQ("", version.QueryValue("CompanyName", 0));
+        EXPECT_STREQ("", version.GetFixedFileVersion());
+        EXPECT_STREQ("", version.GetFixedProductVersion());
+        VS_FIXEDFILEINFO info{};
+        EXPECT_EQ(0, version.GetFixedInfo(info));
+        version.Close();
+    }
+    g_withoutVersionLibrary = false;
+    EXPECT_EQ(1, CFileVersion().Open(auttest::compiledLibrary().c_str()));
 }
 } // namespace

@@ -109,7 +109,8 @@ void writeLibrary(const std::string& path, const VersionResource& resource)
     std::vector<std::string> children;
     if (!resource.translations.empty())
         children = {stringTable(resource), translationTable(resource)};
-    std::string bytes = block(L"VS_VERSION_INFO", false, fixedRecord(resource), sizeof(VS_FIXEDFILEINFO), children);
+    const std::string fixed = resource.fixedRecord ? fixedRecord(resource) : std::string();
+    std::string bytes = block(L"VS_VERSION_INFO", false, fixed, static_cast<unsigned short>(fixed.size()), children);
 
     const HANDLE update = ::BeginUpdateResourceA(path.c_str(), FALSE);
     ASSERT_NE(nullptr, update) << ::GetLastError();

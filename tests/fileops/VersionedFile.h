@@ -19,6 +19,7 @@ struct VersionResource
     std::vector<std::pair<unsigned short, unsigned short>> translations{{0x0409, 1200}};
     std::vector<std::pair<std::wstring, std::wstring>> strings;
     bool cutTranslation = false; ///< the table holds half an entry
+    bool fixedRecord = true;
 };
 
 /// Copies a real library without a version resource to `path`.
