@@ -59,13 +59,14 @@ public:
     }
 
     /// A data connection that ends says nothing: the size asked for before does, and so does the server's last word.
+    /// Without a size that word must be that the transfer is complete: a server that died says nothing more.
     Outcome confirmWhole(std::uint64_t received) override
     {
         m_file.reset(); // reads the server's reply to the transfer
         std::string text;
-        const bool complaint = lastReply(text) >= 400;
-        const bool otherSize = m_announcedLength && received != *m_announcedLength;
-        return complaint || otherSize ? Outcome{kBodyCutOff, 0, true} : Outcome();
+        const int reply = lastReply(text);
+        const bool whole = m_announcedLength ? received == *m_announcedLength && reply < 400 : reply / 100 == 2;
+        return whole ? Outcome() : Outcome{kBodyCutOff, 0, true};
     }
 
 private:

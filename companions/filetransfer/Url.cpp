@@ -144,16 +144,18 @@ bool isDrive(std::string_view text)
 /// "/C:/dir/f" and "C:/dir/f" are all in use.
 bool takeFile(std::string_view rest, Url& url)
 {
-    const auto plain = unescape(rest);
+    auto plain = unescape(rest);
     if (!plain)
         return false;
+    std::replace(plain->begin(), plain->end(), '\\', '/'); // escaped ones, too
     std::string_view path = *plain;
     const std::size_t slashes = std::min(path.find_first_not_of('/'), path.size());
     path.remove_prefix(slashes);
     bool onThisMachine = slashes == 0 || slashes == 1 || slashes == 3;
     if (slashes == 2 && beginsWith(path, "localhost/"))
     {
-        path.remove_prefix(std::string_view("localhost/").size());
+        path.remove_prefix(std::string_view("localhost").size());
+        path.remove_prefix(std::min(path.find_first_not_of('/'), path.size())); // or "//./" behind it were a device
         onThisMachine = true;
     }
     if (path.empty())

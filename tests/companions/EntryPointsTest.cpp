@@ -172,6 +172,8 @@ INSTANTIATE_TEST_SUITE_P(
                       UrlRow{"FtpWithACommand", "ftp://host/a%0d%0aDELE b", 12005},
                       UrlRow{"FileWithoutAName", "file:///", 12005}, UrlRow{"FileWithAZero", "file:///C:/a%00b", 12005},
                       UrlRow{"FileDevice", "file://./PhysicalDrive0", 12005},
+                      UrlRow{"FileNothingLeft", "file://localhost///", 12005},
+                      UrlRow{"FileDevicePath", "file://localhost//?/C:/x", 12005},
                       UrlRow{"FileLongDevice", "file://%3F/C:/windows/win.ini", 12005}),
     [](const auto& row) { return row.param.name; });
 

@@ -77,6 +77,18 @@ TEST(FtpTransfer, AComplaintAfterTheTransferIsCutOffEvenWithoutASize)
     EXPECT_FALSE(fetched.hasData);
 }
 
+TEST(FtpTransfer, AServerThatDiesWithoutALastWordHasCutOffABodyOfUnknownSize)
+{
+    FtpBehaviour behaviour = serving("file", pattern(50000));
+    behaviour.cut = 30000;
+    behaviour.knowsSize = false;
+    behaviour.dies = true;
+    const FtpServer server(behaviour);
+    const Fetched fetched = fetch(server.url("file"));
+    EXPECT_GT(fetched.status, 2);
+    EXPECT_FALSE(fetched.hasData);
+}
+
 TEST(FtpTransfer, AMissingFileIsAnErrorThatIsNotRepeated)
 {
     const FtpServer server(serving("file", "bytes"));

@@ -61,6 +61,7 @@ TEST(Url, FileAddressesBecomePaths)
         {"FILE://server\\share\\f.xml", "\\\\server\\share\\f.xml"},
         {"file:///dir/f.xml", "\\dir\\f.xml"},
         {"file://localhost/dir/f.xml", "\\dir\\f.xml"},
+        {"file://localhost//./pipe/x", "\\.\\pipe\\x"}, // below the drive's root: a device takes two backslashes
     };
     for (const auto& [text, path] : rows)
     {

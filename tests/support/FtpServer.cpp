@@ -87,10 +87,7 @@ bool FtpServer::answer(const Socket& control, const std::string& command)
     if (verb == "PASV")
         return control.send(passive());
     if (verb == "RETR")
-    {
-        retrieve(control, argument);
-        return true;
-    }
+        return retrieve(control, argument);
     if (verb == "QUIT")
     {
         control.send("221 bye\r\n");
@@ -107,21 +104,17 @@ std::string FtpServer::passive()
            ")\r\n";
 }
 
-void FtpServer::retrieve(const Socket& control, const std::string& name)
+bool FtpServer::retrieve(const Socket& control, const std::string& name)
 {
     const auto file = m_behaviour.files.find(name);
     if (!m_behaviour.retrReply.empty() && m_behaviour.retrReplyTimes != 0)
     {
         if (m_behaviour.retrReplyTimes > 0)
             --m_behaviour.retrReplyTimes;
-        control.send(m_behaviour.retrReply + "\r\n");
-        return;
+        return control.send(m_behaviour.retrReply + "\r\n");
     }
     if (file == m_behaviour.files.end() || !m_data)
-    {
-        control.send("550 no such file\r\n");
-        return;
-    }
+        return control.send("550 no such file\r\n");
     control.send("150 here it comes\r\n");
     Socket data = m_data.accept();
     m_data.close();
@@ -129,6 +122,6 @@ void FtpServer::retrieve(const Socket& control, const std::string& name)
     if (m_behaviour.stalls)
         data.drain();
     data.closeGently();
-    control.send(std::to_string(m_behaviour.lastReply) + " that was it\r\n");
+    return !m_behaviour.dies && control.send(std::to_string(m_behaviour.lastReply) + " that was it\r\n");
 }
 } // namespace auttest

@@ -22,6 +22,7 @@ struct FtpBehaviour
     std::optional<std::size_t> cut; ///< the data connection is closed after so many bytes
     bool stalls = false;            ///< instead, the data connection brings nothing more
     int lastReply = 226;            ///< to a transfer that has ended
+    bool dies = false;              ///< after the data, both connections are closed without that reply
     std::string retrReply;          ///< instead of a transfer: "450 busy"
     int retrReplyTimes = -1;        ///< for so many RETRs; -1: all
     bool hangsUp = false;           ///< closes the connection instead of its greeting
@@ -49,7 +50,7 @@ private:
     /// False ends the session.
     bool answer(const webconf_sample::Socket& control, const std::string& command);
     std::string passive();
-    void retrieve(const webconf_sample::Socket& control, const std::string& name);
+    bool retrieve(const webconf_sample::Socket& control, const std::string& name);
 
     FtpBehaviour m_behaviour;
     webconf_sample::StopSignal m_stop;
