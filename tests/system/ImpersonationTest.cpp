@@ -325,7 +325,7 @@ TEST_F(ImpersonationTest, WarningsAreLoggedWithoutDetails)
 TEST_F(ImpersonationTest, ThatItIsNotNecessaryIsLoggedFromDetailLevelTwoOn)
 {
     const HelperWindowsVersion setting("win98");
-    for (const DWORD level : {1, 2})
+    for (const DWORD level : {1ul, 2ul})
     {
         logDetails(level);
         m_log.mark();
