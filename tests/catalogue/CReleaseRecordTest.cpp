@@ -201,7 +201,7 @@ Outcome outcomeOfCut(std::size_t whole, std::size_t characters)
 
 TEST_F(CReleaseRecord, SuccessIsLoggedFromDetailLevelTwoOn)
 {
-    for (const DWORD level : {1, 2})
+    for (const DWORD level : {1U, 2U})
     {
         const auttest::DetailedLog detailed(level);
         ASSERT_EQ(1, read(lines(kWords)));

@@ -261,7 +261,7 @@ TEST_F(AFullRelease, TheDestructorDeletesTheComponents)
 
 TEST_F(AFullRelease, DeletingIsLoggedFromDetailLevelThreeOn)
 {
-    for (const DWORD level : {0, 2, 3})
+    for (const DWORD level : {0U, 2U, 3U})
     {
         ReleaseProbe copy(m_release);
         const auttest::DetailedLog detailed(level);

@@ -8,6 +8,8 @@
 #include <windows.h>
 
 #include <memory>
+#include <string>
+#include <type_traits>
 
 namespace
 {
@@ -24,8 +26,15 @@ int createEvent(CInterruptionEvent& event)
 template <typename Record> class RecordInterruption : public ::testing::Test
 {
 };
+struct RecordName
+{
+    template <typename Record> static std::string GetName(int)
+    {
+        return std::is_same_v<Record, CComponent> ? "CComponent" : "CRelease";
+    }
+};
 using Records = ::testing::Types<CComponent, CRelease>;
-TYPED_TEST_SUITE(RecordInterruption, Records);
+TYPED_TEST_SUITE(RecordInterruption, Records, RecordName);
 
 TYPED_TEST(RecordInterruption, IsThereWithTheRecordAndNotYetCreated)
 {
