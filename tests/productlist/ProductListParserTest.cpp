@@ -330,6 +330,38 @@ TEST_F(ProductListParser, CutsTextsTo259Characters)
     EXPECT_EQ(0, parsed.IsShared());
 }
 
+TEST_F(ProductListParser, KeepsLongProductNamesWhole)
+{
+    const std::string longText(100000, 'x');
+    parseProducts(product(element("MarketingName", longText) + element("TechnicalName", longText)));
+    EXPECT_EQ(longText, releases.at(0).GetMarketingName());
+    EXPECT_EQ(longText, releases.at(0).GetTechnicalName());
+}
+
+TEST_F(ProductListParser, EntitiesThatMultiplyAreRefusedOrReadWithoutHarm)
+{
+    // Ten levels of ten: spelled out, the name would have ten thousand million characters.
+    std::string document = "<!DOCTYPE r [<!ENTITY e0 \"x\">";
+    for (int level = 1; level <= 10; ++level)
+    {
+        const std::string inner = "&e" + std::to_string(level - 1) + ";";
+        document += "<!ENTITY e" + std::to_string(level) + " \"";
+        for (int i = 0; i < 10; ++i)
+            document += inner;
+        document += "\">";
+    }
+    document += "]>" + answer("<ProductList>" + product(element("Name", "&e10;")) + "</ProductList>");
+    data.writeFile("productList.xml", document);
+    phase1xml list("http://localhost/");
+    if (list.GetPreviousXMLDoc() == 0)
+        EXPECT_EQ(500, result->GetStatusCode());
+    else
+    {
+        EXPECT_EQ(1, list.ParseXMLDocument(&releases, ""));
+        EXPECT_GT(260U, std::strlen(releases.at(0).GetName()));
+    }
+}
+
 TEST_F(ProductListParser, CharactersComeOutInTheAnsiCodePage)
 {
     parseProducts(product("<Name>Caf\xC3\xA9</Name>"));
@@ -579,6 +611,13 @@ INSTANTIATE_TEST_SUITE_P(
         LocationRow{"NoScheme", "C:\\Src\\AU.xml", "./a.cab", "./a.cab"},
         LocationRow{"EmptyUrl", "C:\\Src\\AU.xml", "", ""}),
     [](const auto& row) { return row.param.name; });
+
+TEST_F(ProductListParser, WithoutASourceLocationTheObjectPathRemains)
+{
+    registry.write("", "LocalInstall", 1);
+    parseProducts(component("<URL>FILE://../comp/a.cab</URL>"));
+    EXPECT_STREQ("HTTP://:80/comp/a.cab", componentAt(releases.at(0), 0).GetSourceLocation());
+}
 
 TEST_F(ProductListParser, WithoutALocalInstallationEveryUrlStaysAsItIs)
 {

@@ -157,4 +157,15 @@ TEST_F(CConfigTest, CopiesAreDeep)
     EXPECT_NE(copy.GetTimerByID(1), assigned.GetTimerByID(1));
 }
 
+TEST_F(CConfigTest, AssigningReplacesTheListsHeldBefore)
+{
+    ASSERT_TRUE(load(std::string(kTimers) + kHotKeys));
+    CConfig target(m_config);
+    ASSERT_TRUE(load("<TimersList><T><wcfgIndex>9</wcfgIndex><SecondsNumber>5</SecondsNumber></T></TimersList>"));
+    target = m_config;
+    EXPECT_EQ(1, target.m_timers.GetCount());
+    EXPECT_EQ(5, target.GetTimerByID(9)->GetTimerValue());
+    EXPECT_FALSE(target.IsHotKeyAvailable());
+}
+
 } // namespace
