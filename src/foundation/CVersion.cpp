@@ -43,8 +43,8 @@ bool CVersion::parse(const char* text)
     return false;
 }
 
-/// scanf's "%d.%d%c%d%c%d.%d": how many items were read.
-int CVersion::scanFull(const char* text)
+/// scanf's "%d.%d%c%d", with which both forms begin: how many items were read; `text` is moved behind them.
+int CVersion::scanBase(const char*& text)
 {
     int* const part = m_parts.get();
     if (!scanNumber(text, part[0]))
@@ -53,10 +53,16 @@ int CVersion::scanFull(const char* text)
         return 1;
     if (!scanCharacter(text, part[2]))
         return 2;
-    if (!scanNumber(text, part[3]))
-        return 3;
-    if (!scanCharacter(text, part[4]))
-        return 4;
+    return scanNumber(text, part[3]) ? 4 : 3;
+}
+
+/// scanf's "%d.%d%c%d%c%d.%d": how many items were read.
+int CVersion::scanFull(const char* text)
+{
+    int* const part = m_parts.get();
+    const int items = scanBase(text);
+    if (items < 4 || !scanCharacter(text, part[4]))
+        return items;
     if (!scanNumber(text, part[5]))
         return 5;
     return scanLiteral(text, '.') && scanNumber(text, part[6]) ? 7 : 6;
@@ -66,15 +72,8 @@ int CVersion::scanFull(const char* text)
 int CVersion::scanShort(const char* text)
 {
     int* const part = m_parts.get();
-    if (!scanNumber(text, part[0]))
-        return 0;
-    if (!scanLiteral(text, '.') || !scanNumber(text, part[1]))
-        return 1;
-    if (!scanCharacter(text, part[2]))
-        return 2;
-    if (!scanNumber(text, part[3]))
-        return 3;
-    return scanLiteral(text, '.') && scanNumber(text, part[4]) ? 5 : 4;
+    const int items = scanBase(text);
+    return items == 4 && scanLiteral(text, '.') && scanNumber(text, part[4]) ? 5 : items;
 }
 
 void CVersion::clear()

@@ -29,6 +29,7 @@ public:
 private:
     template <typename T> friend struct aut::LayoutOf;
 
+    int scanBase(const char*& text);
     int scanFull(const char* text);
     int scanShort(const char* text);
     void clear();
