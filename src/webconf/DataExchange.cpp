@@ -39,7 +39,7 @@ constexpr char kClientProduct[] = "Automatic Update";
 constexpr char kKernelComponent[] = "Kernel";
 constexpr unsigned long kKernelMayBeAsked = 1; // bit 0 of the client's status
 
-/// String::Format is bounded, URLs are not.
+/// The pieces of a URL of any length.
 String joined(std::initializer_list<const char*> pieces)
 {
     String text;
