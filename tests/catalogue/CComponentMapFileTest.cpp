@@ -1,5 +1,6 @@
 #include "catalogue/CComponent.h"
 #include "platform/UniqueResource.h"
+#include "tests/catalogue/Attachment.h"
 #include "tests/support/ClientRegistry.h"
 #include "tests/support/LogFile.h"
 #include "tests/support/OpenHandles.h"
@@ -8,6 +9,8 @@
 #include <gtest/gtest.h>
 
 #include <windows.h>
+
+using auttest::Attachment;
 
 namespace
 {
@@ -18,16 +21,6 @@ public:
     using CComponent::IsFromMSIComponent;
     using CComponent::m_attachment;
     using CComponent::m_mapFile;
-};
-
-class Attachment : public CComponentAttachment
-{
-public:
-    explicit Attachment(int& deleted) : m_deleted(deleted) {}
-    ~Attachment() override { ++m_deleted; }
-
-private:
-    int& m_deleted;
 };
 
 std::string besideThisProgram(const char* name)

@@ -1,8 +1,10 @@
 #include "catalogue/CComponent.h"
+#include "tests/catalogue/Attachment.h"
 #include "tests/catalogue/StreamFile.h"
 
 #include <gtest/gtest.h>
 
+using auttest::Attachment;
 using auttest::lines;
 using auttest::StreamFile;
 
@@ -16,17 +18,6 @@ public:
     using CComponent::m_enabled;
     using CComponent::m_mapFile;
     using CComponent::m_reserved;
-};
-
-/// Says when it is deleted.
-class Attachment : public CComponentAttachment
-{
-public:
-    explicit Attachment(int& deleted) : m_deleted(deleted) {}
-    ~Attachment() override { ++m_deleted; }
-
-private:
-    int& m_deleted;
 };
 
 TEST(CComponent, ADefaultComponentIsEmptyAndEnabled)
