@@ -43,6 +43,10 @@ public:
     int Serialize(std::ifstream& stream);
     int Serialize(std::ofstream& stream);
 
+    /// Counts this version among the component's most recent ones and removes the folders of those that are no longer
+    /// kept.
+    void InsertLevelIntoRegistry();
+
     /// Loads the map file of this version from the folder root\name\full version, where a null root means the
     /// component path of the registry. True when a map file is held.
     bool LoadMapFile(char* componentRoot);

@@ -17,4 +17,25 @@ enum COMPFLAG
     COMP_OTHER_OLDER = 2
 };
 
+/// What happens to a target that is in use. Every value but 1 means "now only".
+enum OVERWRITEFLAG
+{
+    OVERWRITE_NOW_ONLY = 0, ///< the operation fails
+    OVERWRITE_AT_REBOOT = 1 ///< Windows carries it out at its next start
+};
+
+/// What Windows does with a file at its next start.
+enum OVERWRITE
+{
+    OVERWRITE_REPLACE = 0, ///< it takes the target's place
+    OVERWRITE_DELETE = 1   ///< it is deleted
+};
+
+/// How far a walk over a directory goes. Every value but 1 means "top only".
+enum DIRTESTFLAG
+{
+    DIR_TOP_ONLY = 0, ///< the directory's own files
+    DIR_RECURSIVE = 1 ///< its subdirectories, too
+};
+
 #endif

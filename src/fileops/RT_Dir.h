@@ -1,6 +1,7 @@
 #ifndef AUTOOLS_FILEOPS_RT_DIR_H
 #define AUTOOLS_FILEOPS_RT_DIR_H
 
+#include "fileops/FileFlags.h"
 #include "foundation/Export.h"
 #include "foundation/String.h"
 
@@ -27,6 +28,16 @@ public:
     int IsExisting();
     /// Creates the directory with all missing parents.
     int Create();
+    /// 1 when no file is found, also for a missing directory. Under `DIR_TOP_ONLY` subdirectories deliberately do not
+    /// count; under `DIR_RECURSIVE` the answer of the last subdirectory examined stands.
+    int IsEmpty(DIRTESTFLAG flag);
+    /// Deletes the files and the directory, with its subdirectories under `DIR_RECURSIVE`. Files in use go at the next
+    /// start of Windows under `OVERWRITE_AT_REBOOT`; the directory then stays and the result is 0.
+    int Remove(OVERWRITEFLAG overwrite, DIRTESTFLAG flag);
+    /// Copies the tree into `destination`. With `OVERWRITE_AT_REBOOT` an existing target is removed first.
+    int CopyTo(const String& destination, OVERWRITEFLAG overwrite);
+    /// Moves the tree into `destination`: by renaming on the same volume, else by copying and removing.
+    int MoveTo(const String& destination, OVERWRITEFLAG overwrite);
 
 protected:
     template <typename T> friend struct aut::LayoutOf;

@@ -70,6 +70,22 @@ public:
     /// empty file.
     unsigned long GetCheckSum();
 
+    /// Copies this file into `directory`, which is created. A target in use is replaced at the next start of Windows.
+    /// Any other `when` copies nothing and gives true.
+    bool CopyTo(const char* directory, WHEN when);
+    /// Moves this file into `directory`, which must exist.
+    bool MoveTo(const char* directory, OVERWRITEFLAG flag);
+    /// Deletes this file. Deliberately true, with a record in `result`, when the file is in use and must go now only.
+    bool Remove(OVERWRITEFLAG flag);
+
+    /// Register (unregister) this file as a COM server: a program with its own switches, anything else with the
+    /// system's registration tool. Registering a library falls back to loading it here.
+    bool Register();
+    bool UnRegister();
+    /// Runs this file as an installer and waits for it. Type 8: switches of this client; 16: silent set-up switches;
+    /// any other: none. Only exit code 0 counts as success, also when the installer asks for a restart.
+    bool Execute(int type, bool install);
+
     /// Count this file up (down) in the registry's SharedDLLs; a count that reaches 0 is deleted.
     bool Share();
     bool UnShare();
@@ -86,6 +102,12 @@ protected:
     bool IsDifferentByVersion(RT_File& other, WHEN when, COMPFLAG& flag);
     bool IsDifferentByLastModTime(RT_File& other, WHEN when, COMPFLAG& flag);
     bool IsDifferentByCheckSum(RT_File& other);
+    /// Has Windows move this file onto `target` at its next start, or delete this file; sets `bRebootNeeded`.
+    bool OverWriteFileAtNextReboot(const char* target, OVERWRITE mode);
+    /// Copies this file now to a temporary name and has Windows move the copy onto `target` at its next start.
+    bool CopyFileAtNextReboot(const char* target);
+    /// Replaces the target path in `path` by a temporary name on its volume.
+    bool GetTemporaryFilePath(String& path);
 
 private:
     long GetFileCRC(const char* directory, const char* fileName, unsigned long length, unsigned long* sum);
@@ -98,6 +120,9 @@ protected:
     String m_fullPath;
     HANDLE m_handle;
 };
+
+/// Set as soon as something waits for the next start of Windows; never cleared by the library.
+extern AUTOOLS_API bool bRebootNeeded;
 
 /// Commits a file to disk; false when it does not exist.
 AUTOOLS_API bool FlushFile(const char* path);

@@ -31,6 +31,15 @@ public:
     /// Appends the document's releases, each with its components, to `list`; the caller owns them. 1 on success, 0 when
     /// the document has no root. An empty selection of products gives 1.
     int ParseXMLDocument(RT_List<CRelease*, CRelease*>* list, const String& certificateId);
+    /// Fetches a list of certificate IDs and appends those that are well-formed and not revoked; `masterCID` becomes
+    /// the one marked as master. 1 on success.
+    int GetXMLCIDListFromHWID(RT_List<String, String&>* list, String& masterCID);
+    /// Does the same for a text at hand, without a master.
+    int ConcatenateCIDs(RT_List<String, String&>* list, String& xmlText);
+    /// Reads what the answer fetched for the certificate ID means. 1 when it is a new configuration: it is saved as the
+    /// previous product list, and the certificate ID's releases are taken out of `list`. A refused or unknown
+    /// certificate ID is withdrawn from `list` and the registry. What is taken out is not deleted: it is its owner's.
+    int IsNewConfiguration(RT_List<CRelease*, CRelease*>* list, const String& certificateId);
     /// `ModifCounter` of the last document parsed.
     unsigned long GetModifCounter() const;
 
@@ -43,6 +52,7 @@ private:
     String GetXMLAttribute(XmlNodePtr node, const char* path);
     void GetCountry();
     void GetWebConfDateTime();
+    void RemoveCIDReferences(RT_List<CRelease*, CRelease*>* list, const String& certificateId);
 
     unsigned int m_modifCounter;
     String m_url;

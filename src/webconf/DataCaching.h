@@ -1,0 +1,48 @@
+#ifndef AUTOOLS_WEBCONF_DATACACHING_H
+#define AUTOOLS_WEBCONF_DATACACHING_H
+
+#include "webconf/CCIDListManager.h"
+#include "webconf/DataExchange.h"
+
+/// Asks the Web Configurator for the configuration of a product or of one of its components, keeps every answer in a
+/// cache file and asks again only for what changed since.
+///
+/// A mark in the registry keeps two processes from asking for the same product at once. It has no expiry: one that a
+/// killed process left is removed by deleting its value. The calling thread must have initialised COM.
+class AUTOOLS_API DataCaching : public DataExchange
+{
+public:
+    DataCaching();
+    DataCaching(const DataCaching& other);
+    DataCaching& operator=(const DataCaching& other);
+    ~DataCaching();
+
+    /// Asks with the record as it is filled; 953 without a request when it may not be made, else see
+    /// `TransmitRequestToWebConf`.
+    int GetData();
+    int GetComponentData(const char* host, const char* certificateId, const char* product, const char* version,
+                         const char* build, const char* language, const char* component);
+    /// The client's own configuration: asks for each certificate ID until one has a deployment, and puts its answer
+    /// into the client's folder as AUKernelData.xml. False when none has.
+    bool GetAUData(const char* host);
+    /// One request: 0, or 18 when another process is asking, 104 for an answer that is none, or the transfer's status.
+    int TransmitRequestToWebConf();
+    /// Whether a cached answer is one of the Web Configurator without an error.
+    bool IsAUValidForWebServer(const char* answer);
+
+protected:
+    template <typename T> friend struct aut::LayoutOf;
+
+    bool IsAUDataUpdated(String& certificateId, bool* stop);
+    bool GetCIDs();
+    String ConstructURL(String& timeStamp);
+    String GetDataFilePath();
+
+    CCIDListManager m_certificateIds;
+};
+
+/// Puts an answer into the cache: the file is replaced whole or not at all.
+AUTOOLS_API void SetDataInCache(const char* host, const char* certificateId, const char* product, const char* component,
+                                const String& data);
+
+#endif
