@@ -17,8 +17,8 @@ public:
     DataCaching& operator=(const DataCaching& other);
     ~DataCaching();
 
-    /// Asks with the record as it is filled; 953 without a request when it may not be made, else see
-    /// `TransmitRequestToWebConf`.
+    /// Asks with the record as the caller filled it, except the versions; 953 without a request when it may not be
+    /// made, else see `TransmitRequestToWebConf`.
     int GetData();
     int GetComponentData(const char* host, const char* certificateId, const char* product, const char* version,
                          const char* build, const char* language, const char* component);
@@ -27,8 +27,9 @@ public:
     bool GetAUData(const char* host);
     /// One request: 0, or 18 when another process is asking, 104 for an answer that is none, or the transfer's status.
     int TransmitRequestToWebConf();
-    /// Whether a cached answer is one of the Web Configurator without an error.
-    bool IsAUValidForWebServer(const char* answer);
+    /// Whether the answer cached for the client itself, from this host and for the record's certificate ID, is
+    /// well-formed and no error answer. False, and logged, when there is none.
+    bool IsAUValidForWebServer(const char* host);
 
 protected:
     template <typename T> friend struct aut::LayoutOf;
