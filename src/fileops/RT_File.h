@@ -79,11 +79,13 @@ public:
     bool Remove(OVERWRITEFLAG flag);
 
     /// Register (unregister) this file as a COM server: a program with its own switches, anything else with the
-    /// system's registration tool. Registering a library falls back to loading it here.
+    /// system's registration tool. When the tool fails to register a library it is loaded here, unless the tool crashed
+    /// with it; a library that crashes only here takes the process with it.
     bool Register();
     bool UnRegister();
-    /// Runs this file as an installer and waits for it. Type 8: switches of this client; 16: silent set-up switches;
-    /// any other: none. Only exit code 0 counts as success, also when the installer asks for a restart.
+    /// Runs this file as an installer and waits for it, without a limit. Type 8: switches of this client; 16: silent
+    /// set-up switches; any other: none. Only exit code 0 counts as success, also when the installer asks for a
+    /// restart; it costs three seconds more.
     bool Execute(int type, bool install);
 
     /// Count this file up (down) in the registry's SharedDLLs; a count that reaches 0 is deleted.

@@ -1,0 +1,102 @@
+#include "fileops/ServerRegistration.h"
+
+#include "fileops/ExecCommand.h"
+#include "fileops/ProgramSearch.h"
+#include "foundation/RT_RESULT.h"
+#include "platform/EntryPoint.h"
+#include "platform/QueriedText.h"
+#include "platform/UniqueResource.h"
+
+#include <windows.h>
+
+#include <objbase.h>
+
+#include <string>
+
+namespace aut
+{
+namespace
+{
+constexpr int kNotLoaded = -21;
+constexpr int kNoEntryPoint = -22;
+constexpr int kCallFailed = -23;
+
+/// The calling thread in a COM apartment; one that it is in already, of whatever kind, will do.
+class Apartment
+{
+public:
+    Apartment() : m_entered(::CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED)) {}
+    Apartment(const Apartment&) = delete;
+    Apartment& operator=(const Apartment&) = delete;
+    ~Apartment()
+    {
+        if (SUCCEEDED(m_entered))
+            ::CoUninitialize();
+    }
+
+private:
+    HRESULT m_entered;
+};
+
+/// Loads without the loader's message boxes, which nobody would answer in a service.
+UniqueModule loadSilently(const char* path)
+{
+    const UINT before = ::SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX);
+    UniqueModule library(::LoadLibraryExA(path, nullptr, LOAD_WITH_ALTERED_SEARCH_PATH));
+    ::SetErrorMode(before);
+    return library;
+}
+
+/// The tool in the system directory, or its bare name, for the search path to find.
+std::string registrationTool()
+{
+    const std::string directory =
+        queriedText<char>([](char* text, DWORD size) { return ::GetSystemDirectoryA(text, size); });
+    return directory.empty() ? "RegSvr32.exe" : directory + "\\RegSvr32.exe";
+}
+
+int runAndWait(std::string commandLine) { return ExecCommand(commandLine.data(), true); }
+} // namespace
+
+int LaunchRegSvr32(const char* path, bool registering)
+{
+    const char* const option = registering ? "" : "/U ";
+    const std::string tool = registrationTool();
+    if (!findProgram(tool))
+    {
+        result->Set(463, "Regsvr32 does not exist", "LaunchRegSvr32", "", "", tool.c_str());
+        return kToolMissing;
+    }
+    return runAndWait("\"" + tool + "\" " + option + "/S \"" + path + "\"");
+}
+
+int selfRegistration(const char* path, bool registering)
+{
+    return runAndWait("\"" + std::string(path) + "\" " + (registering ? "-regserver" : "-unregserver"));
+}
+
+int registerInProcess(const char* path)
+{
+    const Apartment apartment; // outlives the library
+    const UniqueModule library = loadSilently(path);
+    if (!library)
+        return kNotLoaded;
+    const auto registerServer = entryPoint<HRESULT(__stdcall*)()>(library.get(), "DllRegisterServer");
+    if (registerServer == nullptr)
+        return kNoEntryPoint;
+    try
+    {
+        return SUCCEEDED(registerServer()) ? 0 : kCallFailed;
+    }
+    catch (...) // a C++ exception that the library let out
+    {
+        return kCallFailed;
+    }
+}
+
+bool isCrash(int exitCode)
+{
+    // Only an exception of the system has both top bits set, but for -1, which says that the tool did not start.
+    return exitCode != -1 && static_cast<unsigned int>(exitCode) >= 0xC0000000U;
+}
+} // namespace aut
