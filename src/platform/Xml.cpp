@@ -120,6 +120,14 @@ bool loadXmlFile(IXMLDOMDocument* document, const char* path)
     return SUCCEEDED(document->load(source.get(), &loaded)) && loaded != VARIANT_FALSE;
 }
 
+void saveXmlFile(IXMLDOMDocument* document, const char* path)
+{
+    const UniqueVariant target(wideFromAnsi(path));
+    const HRESULT status = document != nullptr ? document->save(target.get()) : E_POINTER;
+    // S_FALSE is no failure for COM, but then too the file is not what the document is.
+    raiseIfFailed(status == S_FALSE ? E_FAIL : status);
+}
+
 XmlNodePtr selectXmlNode(IXMLDOMNode* node, const char* path)
 {
     XmlNodePtr found;
@@ -243,11 +251,33 @@ bool XmlSelection::select(IXMLDOMNode* node, const char* path)
     return m_nodes != nullptr;
 }
 
+long XmlSelection::count() const
+{
+    long length = 0;
+    if (m_nodes != nullptr)
+        raiseIfFailed(m_nodes->get_length(&length));
+    return length;
+}
+
 XmlNodePtr XmlSelection::next()
 {
     XmlNodePtr node;
     if (m_nodes != nullptr)
         raiseIfFailed(m_nodes->nextNode(node.GetAddressOf()));
     return node;
+}
+
+XmlAttributes::XmlAttributes(IXMLDOMNode* node)
+{
+    if (node != nullptr)
+        raiseIfFailed(node->get_attributes(m_attributes.GetAddressOf()));
+}
+
+String XmlAttributes::text(const char* name) const
+{
+    XmlNodePtr attribute;
+    if (m_attributes != nullptr)
+        raiseIfFailed(m_attributes->getNamedItem(wideFromAnsi(name).get(), attribute.GetAddressOf()));
+    return xmlText(attribute.Get());
 }
 } // namespace aut

@@ -25,6 +25,8 @@ bool loadXmlText(IXMLDOMDocument* document, const char* text);
 bool loadXmlText(IXMLDOMDocument* document, const char* text, std::size_t size);
 /// Loads a file, synchronously or as the document is set to. False when it is missing or not well formed.
 bool loadXmlFile(IXMLDOMDocument* document, const char* path);
+/// Writes the document to a file, which it replaces. Raises; then the file may be cut off.
+void saveXmlFile(IXMLDOMDocument* document, const char* path);
 
 /// The first node at `path`, null when there is none (or no node). Raises.
 XmlNodePtr selectXmlNode(IXMLDOMNode* node, const char* path);
@@ -86,11 +88,28 @@ class XmlSelection
 public:
     /// False when there is no list of nodes at all; an empty list is one. Raises.
     bool select(IXMLDOMNode* node, const char* path);
+    /// How many nodes there are, handed out or not. Raises.
+    long count() const;
     /// The next node, null at the end. Raises.
     XmlNodePtr next();
 
 private:
     Microsoft::WRL::ComPtr<IXMLDOMNodeList> m_nodes;
+};
+
+/// The XML attributes of a node.
+class XmlAttributes
+{
+public:
+    /// Raises.
+    explicit XmlAttributes(IXMLDOMNode* node);
+    /// Whether the node has a collection of attributes, which may be empty.
+    bool exist() const noexcept { return m_attributes != nullptr; }
+    /// "" when there is no such attribute. Raises.
+    String text(const char* name) const;
+
+private:
+    Microsoft::WRL::ComPtr<IXMLDOMNamedNodeMap> m_attributes;
 };
 } // namespace aut
 

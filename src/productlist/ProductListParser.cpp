@@ -1,5 +1,6 @@
 #include "productlist/phase1xml.h"
 
+#include "catalogue/CertificateRecords.h"
 #include "foundation/CText.h"
 #include "foundation/EventLog.h"
 #include "platform/PlainName.h"
@@ -7,7 +8,6 @@
 #include "productlist/ChildTexts.h"
 #include "productlist/SourceLocation.h"
 #include "registry/CRegAutoUpdate.h"
-#include "registry/CRegBase.h"
 
 #include <cstdlib>
 #include <cstring>
@@ -38,9 +38,7 @@ void recordVersion(const CRelease& release, const String& certificateId)
         Log(2, "phase1xml::ParseXMLDocument - product name %s refused: not recorded", release.GetName());
         return;
     }
-    CRegBase versions("Software\\Velmora\\7xAutoUpdate\\Data", "WebConf", release.GetName(), false);
-    versions.SetValue(certificateId, certificateId);
-    versions.SetValue("", release.GetFullVersion());
+    aut::recordDelivery(release, certificateId);
 }
 } // namespace
 

@@ -4,6 +4,7 @@
 #include "foundation/RT_RESULT.h"
 #include "platform/Layout.h"
 #include "platform/Xml.h"
+#include "productlist/DocumentLoading.h"
 #include "productlist/ProductListFile.h"
 #include "registry/CRegConfig.h"
 #include "webconf/CConfig.h"
@@ -23,24 +24,6 @@ template <> struct aut::LayoutOf<phase1xml>
     static_assert(offsetof(phase1xml, m_lastComStatus) == 64);
 };
 AUT_LAYOUT_END
-
-namespace
-{
-/// Whether a document that has loaded is accepted: only one that validates while parsing, as documents do by default.
-///
-/// Loading never changes that property, so this refuses a document only where something else turned validation off.
-/// It is kept because callers know the refusal by its code; a refused document is dropped.
-bool acceptLoaded(XmlDocumentPtr& document)
-{
-    if (aut::validatesOnParse(document.Get()))
-        return true;
-    const long code = aut::xmlParseError(document.Get()).code;
-    if (code != 0)
-        result->Set(554, "GetXMLDoc", "pDoc->GetvalidateOnParse", code, "pDoc");
-    document.Reset();
-    return false;
-}
-} // namespace
 
 phase1xml::phase1xml(const String& url) : m_modifCounter(0), m_url(url), m_lastComStatus(S_OK) {}
 
@@ -76,8 +59,7 @@ int phase1xml::GetXMLDoc(const CConfig* config)
     m_document.Reset();
     if (InitializeDOMDocument() == 0)
     {
-        Log(1, "Phase1: Unable for Initialize DOM Document");
-        result->Set(551, "DOM initialization failed", "phase1xml::GetXMLDoc", "", "", m_url);
+        aut::reportNoDocument("phase1xml::GetXMLDoc", m_url);
         return 0;
     }
 
@@ -95,15 +77,10 @@ int phase1xml::GetXMLDoc(const CConfig* config)
 
     if (!aut::loadXmlText(m_document.Get(), data, static_cast<std::size_t>(data.GetLength())))
     {
-        Log(1, "Phase1: Unable to create XML document from data");
-        Log(1, "Phase1: New log");
-        result->Set(500, "Unable to create XML document from data", "phase1xml::GetXMLDoc", "", "", "pDoc->loadXML");
-        const aut::XmlParseError error = aut::xmlParseError(m_document.Get());
-        Log(1, "Error code: %d, reason = %s, line = %d, linepos = %d", static_cast<int>(error.code),
-            static_cast<const char*>(error.reason), static_cast<int>(error.line), static_cast<int>(error.column));
+        aut::reportUnreadable(m_document.Get(), "phase1xml::GetXMLDoc");
         return 0;
     }
-    return acceptLoaded(m_document) ? 1 : 0;
+    return aut::acceptLoaded(m_document, "GetXMLDoc") ? 1 : 0;
 }
 
 int phase1xml::GetPreviousXMLDoc()
@@ -111,8 +88,7 @@ int phase1xml::GetPreviousXMLDoc()
     m_document.Reset();
     if (InitializeDOMDocument() == 0)
     {
-        Log(1, "Phase1: Unable for Initialize DOM Document");
-        result->Set(551, "DOM initialization failed", "phase1xml::GetPreviousXMLDoc", "", "", m_url);
+        aut::reportNoDocument("phase1xml::GetPreviousXMLDoc", m_url);
         return 0;
     }
 
@@ -126,5 +102,5 @@ int phase1xml::GetPreviousXMLDoc()
                     "pDoc->loadXML");
         return 0;
     }
-    return acceptLoaded(m_document) ? 1 : 0;
+    return aut::acceptLoaded(m_document, "GetXMLDoc") ? 1 : 0;
 }
