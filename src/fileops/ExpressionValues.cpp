@@ -1,9 +1,11 @@
 #include "fileops/ExpressionValues.h"
 
 #include "platform/UniqueResource.h"
+#include "platform/WideText.h"
 #include "registry/CRegBase.h"
 
 #include <new>
+#include <optional>
 #include <string>
 
 namespace
@@ -15,20 +17,27 @@ constexpr DWORD kIniBufferSize = 1024;
 
 String aut::expandSystemVariables(const String& text)
 {
-    // The system takes the text through Unicode, which need not bring every byte back: only when there is something.
     if (text.Find('%') == -1)
         return text;
     try
     {
-        // The environment may change between asking and expanding, so the second answer counts as much as the first.
-        std::string expanded;
-        DWORD needed = ::ExpandEnvironmentStringsA(text, nullptr, 0);
+        // In wide form, where the system only counts when it has no buffer: in 8-bit form it makes one of its own, of
+        // any size. The environment may change between asking and expanding, so it is asked until the text fits.
+        const std::wstring source = widened(static_cast<const char*>(text));
+        std::wstring expanded;
+        DWORD needed = ::ExpandEnvironmentStringsW(source.c_str(), nullptr, 0);
         while (needed > expanded.size() && needed <= kLongestExpressionChars)
         {
             expanded.resize(needed);
-            needed = ::ExpandEnvironmentStringsA(text, expanded.data(), static_cast<DWORD>(expanded.size()));
+            needed = ::ExpandEnvironmentStringsW(source.c_str(), expanded.data(), static_cast<DWORD>(expanded.size()));
         }
-        return needed != 0 && needed <= expanded.size() ? String(expanded.c_str()) : text;
+        if (needed == 0 || needed > expanded.size())
+            return text;
+        expanded.resize(needed - 1); // without the terminator
+        if (expanded == source)
+            return text; // byte by byte
+        const std::optional<std::string> narrow = narrowed(expanded);
+        return narrow ? String(narrow->c_str()) : text;
     }
     catch (const std::bad_alloc&)
     {

@@ -1,6 +1,7 @@
 #include "fileops/MSIPath.h"
 
 #include "platform/ComValues.h"
+#include "platform/WideText.h"
 
 #include <windows.h>
 
@@ -10,6 +11,7 @@
 #include <algorithm>
 #include <cstring>
 #include <new>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -36,28 +38,9 @@ private:
     bool m_initialised;
 };
 
-std::wstring widened(std::string_view text)
-{
-    const int size = static_cast<int>(text.size());
-    const int length = size == 0 ? 0 : ::MultiByteToWideChar(CP_ACP, 0, text.data(), size, nullptr, 0);
-    std::wstring wide(static_cast<std::size_t>(length), L'\0');
-    ::MultiByteToWideChar(CP_ACP, 0, text.data(), size, wide.data(), length);
-    return wide;
-}
-
-std::string narrowed(std::wstring_view text)
-{
-    const int size = static_cast<int>(text.size());
-    const int length =
-        size == 0 ? 0 : ::WideCharToMultiByte(CP_ACP, 0, text.data(), size, nullptr, 0, nullptr, nullptr);
-    std::string narrow(static_cast<std::size_t>(length), '\0');
-    ::WideCharToMultiByte(CP_ACP, 0, text.data(), size, narrow.data(), length, nullptr, nullptr);
-    return narrow;
-}
-
 aut::UniqueBstr bstrOf(const String& text)
 {
-    return aut::UniqueBstr(::SysAllocString(widened(static_cast<const char*>(text)).c_str()));
+    return aut::UniqueBstr(::SysAllocString(aut::widened(static_cast<const char*>(text)).c_str()));
 }
 
 /// The installer's answer, not yet looked at. Each object is released when it goes, before COM is.
@@ -82,9 +65,8 @@ String folderOf(std::wstring_view path)
     const std::size_t last = path.rfind(L'\\');
     if (last == std::wstring_view::npos)
         return String();
-    const std::wstring_view folder = path.substr(0, last);
-    const std::string narrow = narrowed(folder);
-    return widened(narrow) == folder ? String(narrow.c_str()) : String();
+    const std::optional<std::string> folder = aut::narrowed(path.substr(0, last));
+    return folder ? String(folder->c_str()) : String();
 }
 } // namespace
 

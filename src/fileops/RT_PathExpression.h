@@ -3,8 +3,9 @@
 
 #include "fileops/RT_Expression.h"
 
-/// The path of a component: adds %Product%, %ProductPath%, %VelmoraPath%, %MSI(product:component)% and %<product
-/// name>%, and alternatives separated by ";", of which the first that is fully resolved wins.
+/// The path of a component: adds %Product%, %ProductPath%, %VelmoraPath% and %MSI(product:component)%, and alternatives
+/// separated by ";", of which the first that is fully resolved wins. A well-known folder whose value is its own name is
+/// taken as the name of a product and stands for that product's path.
 class AUTOOLS_API RT_PathExpression : public RT_Expression
 {
 public:
