@@ -36,11 +36,30 @@ void copyAscii(std::wstring_view text, char* out) noexcept
     std::transform(text.begin(), text.end(), out, [](wchar_t c) { return static_cast<char>(c); });
 }
 
-/// What has no place in the code page becomes "?", and never a character that merely looks alike: that could be a
-/// backslash or a quote, and these texts become paths and command lines.
-///
-/// Nearly all texts and names of our documents are ASCII, and there are a hundred thousand of them in a long product
-/// list: those take no detour over the code page.
+/// `ansiFromWide` into a string that keeps short texts without an allocation.
+std::string narrowFromWide(const UniqueBstr& text)
+{
+    const std::wstring_view view(text.get(), ::SysStringLen(text.get()));
+    if (!isAscii(view))
+        return std::string(static_cast<const char*>(ansiFromWide(text)));
+    std::string ascii(view.size(), '\0');
+    copyAscii(view, ascii.data());
+    return ascii;
+}
+
+/// What one of a node's text getters returns.
+String nodeText(IXMLDOMNode* node, HRESULT (STDMETHODCALLTYPE IXMLDOMNode::*getter)(BSTR*))
+{
+    if (node == nullptr)
+        return String();
+    UniqueBstr text;
+    raiseIfFailed((node->*getter)(text.put()));
+    return ansiFromWide(text);
+}
+} // namespace
+
+// Nearly all texts and names of our documents are ASCII, and there are a hundred thousand of them in a long product
+// list: those take no detour over the code page.
 String ansiFromWide(const UniqueBstr& text)
 {
     const std::wstring_view view(text.get(), ::SysStringLen(text.get()));
@@ -64,28 +83,6 @@ String ansiFromWide(const UniqueBstr& text)
         ::WideCharToMultiByte(CP_ACP, WC_NO_BEST_FIT_CHARS, text.get(), length, buffer, size, nullptr, nullptr);
     return ansi;
 }
-
-/// The same into a string that keeps short texts without an allocation.
-std::string narrowFromWide(const UniqueBstr& text)
-{
-    const std::wstring_view view(text.get(), ::SysStringLen(text.get()));
-    if (!isAscii(view))
-        return std::string(static_cast<const char*>(ansiFromWide(text)));
-    std::string ascii(view.size(), '\0');
-    copyAscii(view, ascii.data());
-    return ascii;
-}
-
-/// What one of a node's text getters returns.
-String nodeText(IXMLDOMNode* node, HRESULT (STDMETHODCALLTYPE IXMLDOMNode::*getter)(BSTR*))
-{
-    if (node == nullptr)
-        return String();
-    UniqueBstr text;
-    raiseIfFailed((node->*getter)(text.put()));
-    return ansiFromWide(text);
-}
-} // namespace
 
 HRESULT createXmlDocument(XmlDocumentPtr& document, DWORD classContext)
 {

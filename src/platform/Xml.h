@@ -14,6 +14,11 @@ namespace aut
 // raise, a failing HRESULT becomes a thrown `_com_error`; "not found" is never an error. The calling thread's COM
 // apartment is the caller's business.
 
+/// Wide text in the ANSI code page, as all texts below come out. What has no place in it becomes "?", and never a
+/// character that merely looks alike: that could be a backslash or a quote, and these texts become paths and command
+/// lines.
+String ansiFromWide(const UniqueBstr& text);
+
 /// Creates an empty document with the given class context; the HRESULT is the creation's own.
 HRESULT createXmlDocument(XmlDocumentPtr& document, DWORD classContext);
 /// Switches asynchronous loading off. Raises.

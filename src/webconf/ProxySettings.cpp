@@ -3,8 +3,7 @@
 #include "foundation/EventLog.h"
 #include "foundation/String.h"
 #include "platform/BoundedText.h"
-#include "platform/UniqueResource.h"
-#include "system/UserProcesses.h"
+#include "system/AsLoggedOnUser.h"
 #include "webconf/Network.h"
 
 #include <windows.h>
@@ -21,29 +20,6 @@ namespace
 {
 /// What every caller's text buffer holds.
 constexpr std::size_t kCallerBufferSize = 260;
-
-/// Works in the name of the logged-on user until the end of the block, then in whosever name it was before.
-class AsLoggedOnUser
-{
-public:
-    AsLoggedOnUser()
-    {
-        ::OpenThreadToken(::GetCurrentThread(), TOKEN_IMPERSONATE, TRUE, m_before.put());
-        ImpersonateUser();
-    }
-    AsLoggedOnUser(const AsLoggedOnUser&) = delete;
-    AsLoggedOnUser& operator=(const AsLoggedOnUser&) = delete;
-    ~AsLoggedOnUser()
-    {
-        ::RevertToSelf();
-        if (m_before)
-            ::SetThreadToken(nullptr, m_before.get());
-        ::RegCloseKey(HKEY_CURRENT_USER); // cached by the process: without this it would stay the other user's hive
-    }
-
-private:
-    aut::UniqueHandle m_before;
-};
 
 struct FreeMemory
 {
@@ -126,7 +102,7 @@ try
         return false;
     proxy[0] = '\0';
     bypass[0] = '\0';
-    const AsLoggedOnUser impersonation;
+    const aut::AsLoggedOnUser impersonation;
     return querySettings(query, proxy, bypass);
 }
 catch (const std::bad_alloc&)

@@ -1,0 +1,35 @@
+#include "webconf/CCIDListManager.h"
+
+#include "registry/CRegBase.h"
+#include "webconf/CIDList.h"
+
+namespace
+{
+constexpr char kUsersKey[] = "Software\\Velmora\\7xAutoUpdate\\Config\\Cache\\User";
+constexpr char kRevoked[] = "Revoked";
+
+/// Appends the certificate IDs kept for one user: they are the names of the key's values.
+void appendUsersCIDs(const char* user, aut::CIDAppender& list)
+{
+    CRegBase key(kUsersKey, user, true);
+    aut::CIDList names;
+    key.GetValues(names);
+    for (POSITION position = names.GetHeadPosition(); position != nullptr;)
+    {
+        String& cid = names.GetNext(position);
+        String state;
+        key.QueryValue(cid, state);
+        if (!cid.IsEmpty() && !(state == kRevoked)) // an empty name is the key's unnamed value
+            list.append(cid);
+    }
+}
+} // namespace
+
+void CCIDListManager::AppendLocalUserCIDs()
+{
+    RT_List<String, String&> users;
+    CRegBase(kUsersKey, true).GetSubKeys(users);
+    aut::CIDAppender list(*m_list);
+    for (POSITION position = users.GetHeadPosition(); position != nullptr;)
+        appendUsersCIDs(users.GetNext(position), list);
+}
