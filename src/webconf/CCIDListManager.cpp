@@ -4,7 +4,7 @@
 #include "platform/ComApartment.h"
 #include "platform/Layout.h"
 #include "registry/CRegConfig.h"
-#include "webconf/CIDList.h"
+#include "webconf/CertificateIds.h"
 
 #include <memory>
 #include <new>

@@ -5,7 +5,7 @@
 #include "foundation/RT_RESULT.h"
 #include "platform/UniqueResource.h"
 #include "system/AsLoggedOnUser.h"
-#include "webconf/CIDList.h"
+#include "webconf/CertificateIds.h"
 
 #include <windows.h>
 

@@ -7,7 +7,7 @@
 #include "registry/CRegConfig.h"
 #include "webconf/AutoUpdateServer.h"
 #include "webconf/CHTTPServer.h"
-#include "webconf/CIDList.h"
+#include "webconf/CertificateIds.h"
 #include "webconf/WebServer.h"
 
 #include <comdef.h>

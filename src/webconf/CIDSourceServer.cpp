@@ -5,7 +5,7 @@
 #include "platform/ComValues.h"
 #include "platform/Xml.h"
 #include "webconf/AutoUpdateServer.h"
-#include "webconf/CIDList.h"
+#include "webconf/CertificateIds.h"
 
 #include <algorithm>
 #include <string>

@@ -1,7 +1,7 @@
 #include "webconf/CCIDListManager.h"
 
 #include "registry/CRegBase.h"
-#include "webconf/CIDList.h"
+#include "webconf/CertificateIds.h"
 
 namespace
 {

@@ -1,4 +1,4 @@
-#include "webconf/CIDList.h"
+#include "webconf/CertificateIds.h"
 
 #include <algorithm>
 

@@ -1,5 +1,5 @@
-#ifndef AUTOOLS_WEBCONF_CIDLIST_H
-#define AUTOOLS_WEBCONF_CIDLIST_H
+#ifndef AUTOOLS_WEBCONF_CERTIFICATEIDS_H
+#define AUTOOLS_WEBCONF_CERTIFICATEIDS_H
 
 #include "foundation/RT_List.h"
 #include "foundation/String.h"
