@@ -29,13 +29,12 @@ CachePlace cachePlace(const char* host, const char* certificateId, const char* p
 
 String pathOf(const CachePlace& place)
 {
-    if (place.folder.IsEmpty() || place.fileName.IsEmpty())
-        return String(); // too long: it has no file
     String path = place.folder;
     path += "\\";
     path += place.fileName;
     path.Replace('/', '\\');
-    return path;
+    const bool exists = !place.folder.IsEmpty() && !place.fileName.IsEmpty() && path.GetLength() < MAX_PATH;
+    return exists ? path : String(); // a request whose names are too long has no file
 }
 
 bool writeAt(const CachePlace& place, const String& data)

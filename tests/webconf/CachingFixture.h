@@ -47,7 +47,11 @@ protected:
         server.emplace(AUTOOLS_WEBCONFIGURATOR_TEMPLATES);
         host = server->host();
     }
-    ~CachingTest() override { ::CoUninitialize(); }
+    ~CachingTest() override
+    {
+        logDetail(0);
+        ::CoUninitialize();
+    }
 
     /// Answers every request from now on with this.
     void answerWith(std::string body)

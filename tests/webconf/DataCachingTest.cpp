@@ -145,6 +145,17 @@ TEST_F(CacheFile, ANameThatDoesNotFitIsLogged)
     EXPECT_EQ((Events{{"Error", "Unable to create the data cache directory: "}}), log.events());
 }
 
+TEST_F(CacheFile, APathThatDoesNotFitIsLogged)
+{
+    const std::string longName(150, 'x');
+    SetDataInCache(host.c_str(), longName.c_str(), kProduct, "", "fits");
+    EXPECT_EQ("fits", data.readFile(file(longName)));
+    EXPECT_EQ(Events{}, log.events());
+    SetDataInCache(host.c_str(), longName.c_str(), longName.c_str(), "", "lost");
+    EXPECT_EQ((Events{{"Error", "Unable to create the data cache directory: " + (data / longName) + "\\" + host}}),
+              log.events());
+}
+
 TEST_F(CacheFile, StaysWhenItCannotBeReplaced)
 {
     put("old");
