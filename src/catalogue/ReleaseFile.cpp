@@ -12,9 +12,13 @@ bool isReleaseName(const char* name) { return *name != '\0' && isPlainName(name)
 
 String releaseFile(const char* name, bool local)
 {
+    CRegAutoUpdate client(true);
+    const char* const folder = client.GetDataPath();
+    // Without a data folder the path would be one at the root of whatever drive is current.
+    if (!isReleaseName(name) || *folder == '\0')
+        return String();
     String path;
-    if (isReleaseName(name))
-        path.Format("%s\\%s%s.lst", CRegAutoUpdate(true).GetDataPath(), local ? "local_" : "", name);
+    path.Format("%s\\%s%s.lst", folder, local ? "local_" : "", name);
     return path.GetLength() < MAX_PATH ? path : String();
 }
 
