@@ -3,6 +3,9 @@
 #
 #   prefix.sh create <prefix> [front.dll]   clones the prepared template (made on first use) and starts its session;
 #                                           with a DLL, that one stands before MSXML (see tests/support/msxmlfront)
+#   prefix.sh restart <prefix>              restarts Windows: ends everything that runs in this prefix and boots it again,
+#                                           which carries out what was left for the next start (moves, deletions,
+#                                           commands to be run once)
 #   prefix.sh stop <prefix>                 ends the session: everything that runs in this prefix, and nothing else
 #   prefix.sh remove <prefix>               the same, then deletes the prefix
 #   prefix.sh template                      prepares the template and prints its folder
@@ -130,6 +133,12 @@ create)
     # Measurements switch the check bytes off.
     [ "${AUTOOLS_HEAP_CHECKS:-1}" != 0 ] ||
         sed -i 's/^"GlobalFlag"=dword:.*/"GlobalFlag"=dword:00000000/' "$WINEPREFIX/system.reg"
+    startSession
+    ;;
+restart)
+    WINEPREFIX=$(readlink -f "$2")
+    export WINEPREFIX
+    stopSession
     startSession
     ;;
 stop | remove)
