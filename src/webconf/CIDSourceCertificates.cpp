@@ -44,16 +44,42 @@ UniqueStore openPersonalStore(bool ofMachine)
     return UniqueStore(::CertOpenStore(CERT_STORE_PROV_SYSTEM_A, 0, 0, flags, "MY"));
 }
 
-/// The subject's values, separated by ", ". Without quotation marks, which would otherwise stand around each
-/// certificate ID with a "+" or "=" in it.
-String subjectValues(const CERT_CONTEXT& certificate)
+std::string nameText(CERT_NAME_BLOB& name, DWORD form)
 {
-    constexpr DWORD kForm = CERT_SIMPLE_NAME_STR | CERT_NAME_STR_NO_QUOTING_FLAG;
-    CERT_NAME_BLOB* const subject = &certificate.pCertInfo->Subject;
-    const DWORD size = ::CertNameToStrA(X509_ASN_ENCODING, subject, kForm, nullptr, 0);
+    const DWORD size = ::CertNameToStrA(X509_ASN_ENCODING, &name, form, nullptr, 0); // with its terminator
     std::string text(size, '\0');
-    ::CertNameToStrA(X509_ASN_ENCODING, subject, kForm, text.data(), size);
-    return String(text.c_str());
+    ::CertNameToStrA(X509_ASN_ENCODING, &name, form, text.data(), size);
+    return text.c_str();
+}
+
+/// Takes the quotation marks away in which the system puts values with special characters; within them, "" is a
+/// quotation mark of the value.
+std::string withoutQuoting(const std::string& text)
+{
+    std::string plain;
+    bool quoted = false;
+    for (std::size_t i = 0; i < text.size(); ++i)
+    {
+        if (text[i] != '"')
+            plain += text[i];
+        else if (quoted && text.compare(i, 2, "\"\"") == 0)
+            plain += text[i++];
+        else
+            quoted = !quoted;
+    }
+    return plain;
+}
+
+/// The subject's values, separated by ", ". Without quoting, which would otherwise spoil each certificate ID that has a
+/// "+" or "=" in it.
+std::string subjectValues(const CERT_CONTEXT& certificate)
+{
+    CERT_NAME_BLOB& subject = certificate.pCertInfo->Subject;
+    const std::string text = nameText(subject, CERT_SIMPLE_NAME_STR | CERT_NAME_STR_NO_QUOTING_FLAG);
+    // Not every system heeds the flag (Wine does not). One that does never gives the same with and without it for
+    // values with quotation marks.
+    const bool hasQuotes = text.find('"') != text.npos;
+    return hasQuotes && text == nameText(subject, CERT_SIMPLE_NAME_STR) ? withoutQuoting(text) : text;
 }
 } // namespace
 
@@ -93,7 +119,7 @@ void CCIDListManager::SearchCIDCertificates(int machine)
         certificate = UniqueCertificate(::CertEnumCertificatesInStore(store.get(), certificate.release()));
         if (!certificate)
             return;
-        String cid = GetValidCIDFromSubject(subjectValues(*certificate.get()));
+        String cid = GetValidCIDFromSubject(subjectValues(*certificate.get()).c_str());
         if (!cid.IsEmpty() && list.append(cid))
             Log(0, "Physical CID added = %s", static_cast<const char*>(cid));
     }
