@@ -86,8 +86,6 @@ try
     // The path is searched before the directory changes, because a relative name counts from the caller's directory,
     // and here, because not every runtime's own search is to be relied on.
     const std::optional<std::string> file = aut::findProgram(program);
-    if (!file)
-        return -1;
 
     std::vector<const char*> vector;
     for (const std::string& argument : arguments)
@@ -97,6 +95,8 @@ try
     // Drive and directory of the program as it was named: a bare name has neither and stays in the current directory,
     // wherever PATH finds it.
     const DirectoryVisit visit(aut::fullPathOf(program).folder());
+    if (!file)
+        return -1;
     return static_cast<int>(::_spawnv(wait ? _P_WAIT : _P_NOWAIT, file->c_str(), vector.data()));
 }
 catch (const std::bad_alloc&)
