@@ -9,8 +9,7 @@
 
 #include <process.h>
 
-#include <chrono>
-#include <future>
+#include <thread>
 
 using auttest::currentDirectory;
 using auttest::EnvironmentVariable;
@@ -195,12 +194,20 @@ TEST_F(ExecCommandTest, WaitsForAsLongAsTheProgramTakes)
     const EnvironmentVariable event("AUTTEST_EVENT", name.c_str());
     const EnvironmentVariable exit("AUTTEST_EXIT", "5");
     const std::string line = "\"" + copy("recorder.exe", "p.exe") + "\"";
-    std::future<int> outcome = std::async(std::launch::async, [&line] { return exec(line); });
+    const aut::UniqueHandle done(::CreateEventA(nullptr, TRUE, FALSE, nullptr));
+    int outcome = -2;
+    std::thread caller(
+        [&]
+        {
+            outcome = exec(line);
+            ::SetEvent(done.get());
+        });
     while (recorded().size() < 2) // it runs
         ::Sleep(5);
-    EXPECT_EQ(std::future_status::timeout, outcome.wait_for(std::chrono::milliseconds(100)));
+    EXPECT_EQ(static_cast<DWORD>(WAIT_TIMEOUT), ::WaitForSingleObject(done.get(), 100));
     ::SetEvent(goOn.get());
-    EXPECT_EQ(5, outcome.get());
+    caller.join();
+    EXPECT_EQ(5, outcome);
 }
 
 TEST_F(ExecCommandTest, WithoutWaitingTheResultIsTheProcessWhichTheCallerCloses)

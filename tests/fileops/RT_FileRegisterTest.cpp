@@ -12,8 +12,6 @@
 #include <objbase.h>
 
 #include <algorithm>
-#include <chrono>
-#include <future>
 #include <process.h>
 #include <thread>
 
@@ -596,13 +594,21 @@ TEST_F(RegistrationTest, AnInstallerIsWaitedForHoweverLongItTakes)
     const EnvironmentVariable event("AUTTEST_EVENT", name.c_str());
     const EnvironmentVariable exit("AUTTEST_EXIT", "1");
     const std::string path = copy("recorder.exe", "setup.exe");
-    std::future<bool> outcome = std::async(std::launch::async, [&path] { return executes(path, 8, true); });
+    const aut::UniqueHandle done(::CreateEventA(nullptr, TRUE, FALSE, nullptr));
+    bool outcome = true;
+    std::thread caller(
+        [&]
+        {
+            outcome = executes(path, 8, true);
+            ::SetEvent(done.get());
+        });
     while (recorded().size() < 2) // it runs
         ::Sleep(5);
-    EXPECT_EQ(std::future_status::timeout, outcome.wait_for(std::chrono::milliseconds(100)));
+    EXPECT_EQ(static_cast<DWORD>(WAIT_TIMEOUT), ::WaitForSingleObject(done.get(), 100));
     EXPECT_FALSE(wasRecorded());
     ::SetEvent(goOn.get());
-    EXPECT_FALSE(outcome.get());
+    caller.join();
+    EXPECT_FALSE(outcome);
     EXPECT_TRUE(wasRecorded());
 }
 } // namespace
