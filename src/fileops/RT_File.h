@@ -71,7 +71,7 @@ public:
     unsigned long GetCheckSum();
 
     /// Copies this file into `directory`, which is created. A target in use is replaced at the next start of Windows.
-    /// Any other `when` copies nothing and gives true.
+    /// Any other `when` copies nothing and gives true. A null directory is refused here and by `MoveTo`.
     bool CopyTo(const char* directory, WHEN when);
     /// Moves this file into `directory`, which must exist.
     bool MoveTo(const char* directory, OVERWRITEFLAG flag);
@@ -104,9 +104,12 @@ protected:
     bool IsDifferentByVersion(RT_File& other, WHEN when, COMPFLAG& flag);
     bool IsDifferentByLastModTime(RT_File& other, WHEN when, COMPFLAG& flag);
     bool IsDifferentByCheckSum(RT_File& other);
-    /// Has Windows move this file onto `target` at its next start, or delete this file; sets `bRebootNeeded`.
+    /// Has Windows move this file onto `target` at its next start, or delete this file; sets `bRebootNeeded`. Systems
+    /// below the NT family do it by the [Rename] section of WinInit.ini or a command that runs once.
     bool OverWriteFileAtNextReboot(const char* target, OVERWRITE mode);
-    /// Copies this file now to a temporary name and has Windows move the copy onto `target` at its next start.
+    /// Copies this file now to a temporary name and has Windows move the copy onto `target` at its next start. The
+    /// temporary name comes from this file's name alone: of two targets of one name on one drive, both in use, the
+    /// later copy overwrites the earlier.
     bool CopyFileAtNextReboot(const char* target);
     /// Replaces the target path in `path` by a temporary name on its volume.
     bool GetTemporaryFilePath(String& path);

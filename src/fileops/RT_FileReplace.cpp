@@ -1,0 +1,139 @@
+#include "fileops/RT_File.h"
+
+#include "fileops/RT_Dir.h"
+#include "foundation/EventLog.h"
+#include "foundation/RT_RESULT.h"
+
+#include <windows.h>
+
+namespace
+{
+String targetIn(const char* directory, const String& fileName)
+{
+    String target(directory);
+    target += '\\';
+    target += fileName;
+    return target;
+}
+
+bool copyOver(const char* source, const char* target) { return ::CopyFileA(source, target, FALSE) != FALSE; }
+
+bool copyToDisk(const char* source, const char* target)
+{
+    if (!copyOver(source, target))
+        return false;
+    FlushFile(target);
+    return true;
+}
+
+/// Leaves the failure that GetLastError() tells.
+bool failed(int code, const char* action, const char* function, const char* target, const String& object)
+{
+    const long error = static_cast<long>(::GetLastError());
+    result->Set(code, action, function, target, "", error, object);
+    return false;
+}
+} // namespace
+
+bool RT_File::CopyTo(const char* directory, WHEN when)
+{
+    if (directory == nullptr)
+        return false; // and never into the root of whatever drive is current
+    const String target = targetIn(directory, m_fileName);
+    RT_Dir targetDirectory(directory);
+    if (!targetDirectory.IsExisting())
+        targetDirectory.Create(); // when it fails, so does the copy
+
+    if (!IsFileExisting(m_path))
+    {
+        result->Set(463, "Source File does not exist", "RT_File::CopyTo", "", "", m_fullPath);
+        return false;
+    }
+
+    const bool targetExists = IsFileExisting(directory);
+    RT_File targetFile(target);
+    switch (when)
+    {
+    case WHEN_ALWAYS:
+        if (targetExists && !targetFile.RemoveReadOnlyAttribIfAny())
+        {
+            Log(2, "RT_File::CopyTo : Attribute modification of %s - failed", static_cast<const char*>(target));
+            return false;
+        }
+        if (copyOver(m_fullPath, target) || CopyFileAtNextReboot(target)) // deliberately without flushing
+            return true;
+        // The source, where the branch below names the target: a deliberate asymmetry.
+        Log(2, "RT_File::CopyTo : copy of %s - failed", static_cast<const char*>(m_fullPath));
+        return false;
+
+    case WHEN_DIFFERENT:
+    case WHEN_NEWER:
+        if (!targetExists)
+        {
+            if (copyToDisk(m_fullPath, target))
+                return true;
+            // Deliberately not tried again at the next start of Windows: nothing is in use here.
+            result->Set(462, "CopyTo", "RT_File::CopyFile", target, "", m_fullPath);
+            return false;
+        }
+        if (!IsDifferent(targetFile, when))
+            return true;
+        if (!targetFile.RemoveReadOnlyAttribIfAny())
+        {
+            Log(1, "RT_File::CopyTo : Attribute modification of %s - failed", static_cast<const char*>(target));
+            return false;
+        }
+        if (copyToDisk(m_fullPath, target) || CopyFileAtNextReboot(target))
+            return true;
+        Log(2, "RT_File::CopyTo : copy of %s - failed", static_cast<const char*>(target));
+        return false;
+
+    default:
+        return true;
+    }
+}
+
+bool RT_File::MoveTo(const char* directory, OVERWRITEFLAG flag)
+{
+    if (directory == nullptr)
+        return false;
+    const String target = targetIn(directory, m_fileName);
+    if (!IsFileExisting(nullptr))
+    {
+        result->Set(463, "Source File does not exist", "RT_File::MoveTo", "", "", m_fullPath);
+        return false;
+    }
+    if (!IsFileExisting(directory))
+    {
+        if (!::MoveFileA(m_fullPath, target))
+            return failed(465, "Unable to move file", "RT_File::MoveTo", target, m_fullPath);
+        FlushFile(target);
+        return true;
+    }
+
+    RT_File targetFile(target);
+    if (!targetFile.RemoveReadOnlyAttribIfAny())
+        return false;
+    if (targetFile.IsOverWriteable())
+    {
+        return ::MoveFileExA(m_fullPath, target, MOVEFILE_REPLACE_EXISTING | MOVEFILE_COPY_ALLOWED) ||
+               failed(465, "MoveFileEx", "RT_File::MoveTo", target, m_fullPath);
+    }
+    if (flag == OVERWRITE_AT_REBOOT)
+        return OverWriteFileAtNextReboot(target, OVERWRITE_REPLACE);
+    return failed(465, "MoveFileEx (2)", "RT_File::MoveTo", target, m_fullPath);
+}
+
+bool RT_File::Remove(OVERWRITEFLAG flag)
+{
+    if (!IsFileExisting(nullptr) || ::DeleteFileA(m_fullPath))
+        return true;
+    if (IsOverWriteable()) // which clears a read-only attribute, so it is worth another try
+    {
+        return ::DeleteFileA(m_fullPath) || failed(466, "Unable to remove file", "RT_File::Remove", "", m_fullPath);
+    }
+    if (flag == OVERWRITE_AT_REBOOT)
+        return OverWriteFileAtNextReboot(m_fullPath, OVERWRITE_DELETE);
+    failed(466, "Unable to remove file (2)", "RT_File::Remove", "", m_fullPath);
+    return true; // deliberately, although the file stays: callers read the record
+}
