@@ -7,28 +7,17 @@
 #include "productlist/DocumentLoading.h"
 #include "registry/CRegConfig.h"
 #include "registry/TypedValues.h"
+#include "webconf/CertificateIds.h"
 #include "webconf/Network.h"
-
-#include <cstring>
 
 namespace
 {
-const int kLongestRefused = 10;
-
-/// Certificate IDs are Base64 texts.
-bool isCertificateId(const String& text)
-{
-    const char* const base64 = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/=";
-    return text.GetLength() > kLongestRefused &&
-           std::strspn(text, base64) == static_cast<std::size_t>(text.GetLength());
-}
-
 /// The certificate ID that the element holds; "" when it is malformed or revoked.
 String acceptedCertificate(IXMLDOMNode* element)
 {
     String certificateId = aut::xmlText(element);
     certificateId.Trim();
-    if (!isCertificateId(certificateId))
+    if (!aut::isWellFormedCID(static_cast<const char*>(certificateId)))
         return String();
     if (!IsCIDRevoked(certificateId))
         return certificateId;

@@ -15,6 +15,7 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <thread>
 #include <vector>
 
 /// The private members that an update cycle reaches only through other members.
@@ -119,6 +120,9 @@ protected:
 };
 
 using Events = std::vector<LogEvent>;
+
+/// Runs on a thread that has not initialised COM.
+template <typename Function> void withoutCom(Function function) { std::thread(function).join(); }
 } // namespace auttest
 
 #endif

@@ -63,6 +63,39 @@ IXMLDOMParseError* parseError()
     return &error;
 }
 
+// The changed entry of the elements. They share one table, the system's own: it is patched for as long as a stand-in
+// lives.
+
+HRESULT(STDMETHODCALLTYPE** attributesEntry)(IXMLDOMElement*, IXMLDOMNamedNodeMap**);
+HRESULT(STDMETHODCALLTYPE* systemAttributes)(IXMLDOMElement*, IXMLDOMNamedNodeMap**);
+
+HRESULT STDMETHODCALLTYPE elementAttributes(IXMLDOMElement*, IXMLDOMNamedNodeMap** out)
+{
+    *out = nullptr;
+    return changes.attributesStatus;
+}
+void setAttributesEntry(HRESULT(STDMETHODCALLTYPE* function)(IXMLDOMElement*, IXMLDOMNamedNodeMap**))
+{
+    DWORD protection = 0;
+    EXPECT_TRUE(::VirtualProtect(attributesEntry, sizeof *attributesEntry, PAGE_READWRITE, &protection));
+    *attributesEntry = function;
+    ::VirtualProtect(attributesEntry, sizeof *attributesEntry, protection, &protection);
+}
+void changeAttributes(IXMLDOMElement* element)
+{
+    if (changes.attributesStatus == S_OK || systemAttributes != nullptr)
+        return;
+    attributesEntry = &element->lpVtbl->get_attributes;
+    systemAttributes = *attributesEntry;
+    setAttributesEntry(elementAttributes);
+}
+void restoreAttributes()
+{
+    if (systemAttributes != nullptr)
+        setAttributesEntry(systemAttributes);
+    systemAttributes = nullptr;
+}
+
 // The changed entries of the document.
 
 HRESULT STDMETHODCALLTYPE documentValidateOnParse(IXMLDOMDocument*, VARIANT_BOOL* out)
@@ -76,7 +109,14 @@ HRESULT STDMETHODCALLTYPE documentElement(IXMLDOMDocument* self, IXMLDOMElement*
 {
     if (FAILED(changes.documentElementStatus))
         return changes.documentElementStatus;
-    return systemTable.get_documentElement(self, out);
+    const HRESULT status = systemTable.get_documentElement(self, out);
+    if (status == S_OK)
+        changeAttributes(*out);
+    return status;
+}
+HRESULT STDMETHODCALLTYPE documentSave(IXMLDOMDocument* self, VARIANT destination)
+{
+    return changes.saveStatus == S_OK ? systemTable.save(self, destination) : changes.saveStatus;
 }
 HRESULT STDMETHODCALLTYPE documentParseError(IXMLDOMDocument* self, IXMLDOMParseError** out)
 {
@@ -109,6 +149,7 @@ HRESULT STDMETHODCALLTYPE factoryCreate(IClassFactory*, IUnknown* outer, REFIID,
     changedTable.get_validateOnParse = documentValidateOnParse;
     changedTable.get_documentElement = documentElement;
     changedTable.get_parseError = documentParseError;
+    changedTable.save = documentSave;
     document->lpVtbl = &changedTable;
     *out = document;
     return S_OK;
@@ -138,6 +179,7 @@ StandInDocument::StandInDocument(const DocumentChanges& wanted)
 
 StandInDocument::~StandInDocument()
 {
+    restoreAttributes();
     ::CoRevokeClassObject(m_cookie);
     systemFactory->lpVtbl->Release(systemFactory);
     systemFactory = nullptr;

@@ -7,10 +7,10 @@
 
 #include <memory>
 #include <string>
-#include <thread>
 
 using auttest::Events;
 using auttest::Inside;
+using auttest::withoutCom;
 
 class Phase1Xml : public auttest::ProductListTest
 {
@@ -51,9 +51,6 @@ TEST_F(Phase1Xml, ACopySharesTheDocument)
 }
 
 // Creating a document.
-
-/// Runs on a thread that has not initialised COM.
-template <typename Function> void withoutCom(Function function) { std::thread(function).join(); }
 
 TEST_F(Phase1Xml, CreatingADocumentKeepsTheComStatus)
 {
