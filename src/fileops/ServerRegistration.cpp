@@ -38,7 +38,8 @@ private:
     HRESULT m_entered;
 };
 
-/// Loads without the loader's message boxes, which nobody would answer in a service.
+/// Loads without the loader's message boxes, which nobody would answer in a service. The error mode is the whole
+/// process's: every Windows has this one, unlike that of the thread.
 UniqueModule loadSilently(const char* path)
 {
     const UINT before = ::SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX);

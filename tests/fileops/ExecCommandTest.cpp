@@ -353,6 +353,10 @@ TEST_F(ExecCommandTest, AThousandRoundsLeaveNoHandleAndNoMemory)
         {
             EXPECT_EQ(0, exec(program));
         }
+        if (i % 50 == 0)
+        {
+            EXPECT_EQ(0U, end(exec(program, false)));
+        }
         EXPECT_EQ(-1, exec(notAProgram));
         EXPECT_EQ(-1, exec("nosuchprogram a b c"));
         EXPECT_EQ(-1, exec(" "));
