@@ -14,8 +14,8 @@ namespace aut
 /// each round. Far above every path and above what the system allows for a variable.
 inline constexpr std::size_t kLongestExpressionChars = 1024 * 1024;
 
-/// The text with the system's environment variables expanded. Unchanged when the system refuses it, or when the
-/// outcome would be too long.
+/// The text with the system's environment variables expanded; what it does not know stays as written, and so does all
+/// from a variable on that would make the text too long.
 String expandSystemVariables(const String& text);
 
 /// The text of a REG_SZ or REG_EXPAND_SZ value, the latter not expanded; any other type is no value. A terminator need

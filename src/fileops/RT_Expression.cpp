@@ -106,8 +106,10 @@ String RT_Expression::Evaluate(String& text)
             const std::size_t behind = static_cast<std::size_t>(end) + 1;
             const std::string_view value(static_cast<const char*>(m_value));
             const std::size_t length = output.size() + (begin - done) + value.size() + (source.size() - behind);
-            if (value.empty() || length > aut::kLongestExpressionChars)
-                output.append(source, done, behind - done); // stays as written, for a later round or the caller
+            if (!value.empty() && length > aut::kLongestExpressionChars)
+                break; // the text has grown as far as it may: the rest stays as written
+            if (value.empty())
+                output.append(source, done, behind - done); // as written, for a later round or the caller
             else
                 output.append(source, done, begin - done).append(value);
             done = behind;

@@ -6,10 +6,9 @@
 
 /// A text with %NAME%, {HKLM\key\value}, {HKCU\key\value} and {file [section] key} blocks, evaluated to a plain text.
 ///
-/// What cannot be resolved stays as it is written, and so does the rest of the text from a block on that is never
-/// closed
-/// (`Analyse` tells). No text grows beyond a megabyte by evaluation: a value that would take it there is no value. The
-/// layout and the order of the virtual operations are part of the exported interface. Not thread-safe.
+/// What cannot be resolved stays as it is written, and so does everything from a block on that is never closed (see
+/// `Analyse`) or that would take the text beyond a megabyte. The layout and the order of the virtual operations are
+/// part of the exported interface. Not thread-safe.
 class AUTOOLS_API RT_Expression
 {
 public:
