@@ -9,6 +9,8 @@ namespace auttest
 class FileProbe : public RT_File
 {
 public:
+    using RT_File::CopyFileAtNextReboot;
+    using RT_File::GetTemporaryFilePath;
     using RT_File::Initialize;
     using RT_File::InitMembers;
     using RT_File::IsDifferentByCheckSum;
@@ -23,6 +25,7 @@ public:
     using RT_File::m_handle;
     using RT_File::m_path;
     using RT_File::m_server;
+    using RT_File::OverWriteFileAtNextReboot;
     using RT_File::RemoveReadOnlyAttribIfAny;
     using RT_File::RT_File;
 };
