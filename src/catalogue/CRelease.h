@@ -55,8 +55,8 @@ public:
     /// 1 without a date, or when the date has come by the Web Configurator's clock.
     int IsActivationDateReached();
     /// 1 when the workstation must act on this release now; also kept in the release. Before the activation date it is
-    /// always 0. Outside the permitted installation hours an installation becomes pending. Rearranges the component
-    /// list (see `UpdateComponentList`) and sets the update status of the components.
+    /// always 0. Outside the permitted installation hours an installation becomes pending, which nothing here takes
+    /// back. Rearranges the component list (see `UpdateComponentList`) and sets the update status of the components.
     int IsUpdateNecessary();
 
     /// Read and write the stream record. A reader that failed leaves a partly filled release to be discarded.
