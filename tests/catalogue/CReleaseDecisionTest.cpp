@@ -266,15 +266,17 @@ TEST_F(ReleaseDecision, AReleaseWithoutLanguageNeverMatchesAnInstalledOne)
     }
 }
 
-TEST_F(ReleaseDecision, WhatIsNotInstalledIsNotRemoved)
+TEST_F(ReleaseDecision, WhatIsNotInstalledIsNotRemovedButInstalled)
 {
     init(1);
     EXPECT_EQ(0, decide());
-    // Not even when the texts are the same: version "" and language "3.3" give "_3.3".
+    // Even when the texts are the same: version "" and language "3.3" give "_3.3".
     installProduct("", "3.3");
     m_release.InitValues(1, "", "", "Product", "", "", "3.3", 1, kNoDate, 1, 0, 24, false, false, false);
     EXPECT_STREQ("_3.3", m_release.GetFullVersion());
     EXPECT_EQ(0, decide());
+    m_release.InitValues(1, "", "", "Product", "", "", "3.3", 0, kNoDate, 1, 0, 24, false, false, false);
+    EXPECT_EQ(1, decide());
 }
 
 TEST_F(ReleaseDecision, AForcedReinstallationIsAlwaysNecessaryAndSetsTheStatuses)
