@@ -245,14 +245,18 @@ INSTANTIATE_TEST_SUITE_P(All, SubstitutionRule, ::testing::ValuesIn(kRules));
 
 TEST_F(UpdateComponentListTest, WithoutACommonVersionNothingIsSubstituted)
 {
-    // Each has its own, at a path of its own: nothing is shared.
-    writeEntry(m_registry, entryKey("Comp", "P1"), {"3.3.302B1", "EN", true, "C:\\own"});
-    writeEntry(m_registry, entryKey("Comp", "P2"), {"3.3.302B1", "EN", true, "C:\\other"});
-    const auto before = snapshot(m_registry);
-    CComponent* const component = add("Comp", "3.3.301", "", 0, true);
-    EXPECT_TRUE(UpdateComponentList(m_list, "P1"));
-    EXPECT_EQ(std::vector<CComponent*>{component}, elements());
-    EXPECT_EQ(before, snapshot(m_registry));
+    for (const int action : {0, 1, 2, 3})
+    {
+        // Only P1 has a version; that of P2 lies elsewhere, so nothing is shared.
+        writeEntry(m_registry, entryKey("Comp", "P1"), {"3.3.302B1", "EN", true, "C:\\own"});
+        writeEntry(m_registry, entryKey("Comp", "P2"), {"", "EN", true, "C:\\other"});
+        const auto before = snapshot(m_registry);
+        CComponent* const component = add("Comp", "3.3.301", "", action, true);
+        EXPECT_TRUE(UpdateComponentList(m_list, "P1"));
+        EXPECT_EQ(std::vector<CComponent*>{component}, elements()) << action;
+        EXPECT_EQ(before, snapshot(m_registry));
+        clear();
+    }
 }
 
 LSTATUS WINAPI refuseToCreate(HKEY, LPCSTR, DWORD, LPSTR, DWORD, REGSAM, const SECURITY_ATTRIBUTES*, PHKEY, LPDWORD)
