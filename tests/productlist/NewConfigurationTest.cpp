@@ -252,10 +252,10 @@ TEST_F(NewConfiguration, WithoutADocumentThereIsNone)
 
 TEST_F(NewConfiguration, ManyReleasesAreTakenOut)
 {
-    for (int i = 0; i < 10000; ++i)
+    for (int i = 0; i < 1000; ++i)
         add("Release", i % 2 == 0 ? "A" : "B");
     EXPECT_EQ(1, check(kNew));
-    EXPECT_EQ(5000, kept.GetCount());
+    EXPECT_EQ(500, kept.GetCount());
 }
 
 TEST_F(NewConfiguration, LeavesNoHandleOpen)
@@ -263,7 +263,7 @@ TEST_F(NewConfiguration, LeavesNoHandleOpen)
     fill();
     EXPECT_EQ(1, check(kNew));
     const std::size_t before = auttest::openHandles();
-    for (int i = 0; i < 50; ++i)
+    for (int i = 0; i < 20; ++i)
     {
         check(kNew);
         check(refusedFor("102:"));

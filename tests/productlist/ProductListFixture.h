@@ -77,7 +77,12 @@ protected:
         *result = RT_RESULT(); // what a test finds there is what it caused
         registry.write("", "DataPath", data.path());
     }
-    ~ProductListTest() override { ::CoUninitialize(); }
+    ~ProductListTest() override
+    {
+        if (registry.valueExists("Config", "TestEnv"))
+            logDetail(0); // kept between tests otherwise
+        ::CoUninitialize();
+    }
 
     /// Loads a document into `list` as the one of the previous cycle.
     void load(phase1xml& list, std::string_view xml)
