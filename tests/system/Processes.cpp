@@ -15,7 +15,7 @@ namespace
 {
 constexpr DWORD kPatienceMs = 30000;
 constexpr char kHelper[] = "system_helper.exe";
-const std::string kHelperSettings = std::string("Software\\Wine\\AppDefaults\\") + kHelper;
+std::string settingsOf(const std::string& program) { return "Software\\Wine\\AppDefaults\\" + program; }
 
 void writeHelperSetting(const std::string& key, const char* name, const char* text)
 {
@@ -82,7 +82,7 @@ std::string programFolder()
 
 std::string helperProgram() { return "\"" + programFolder() + "\\" + kHelper + "\""; }
 
-HelperRun runHelper(const std::string& arguments)
+HelperRun runHelper(const std::string& arguments, const std::string& program)
 {
     SECURITY_ATTRIBUTES inheritable{sizeof inheritable, nullptr, TRUE};
     aut::UniqueHandle reader;
@@ -90,7 +90,7 @@ HelperRun runHelper(const std::string& arguments)
     EXPECT_TRUE(::CreatePipe(reader.put(), writer.put(), &inheritable, 0));
     ::SetHandleInformation(reader.get(), HANDLE_FLAG_INHERIT, 0);
 
-    const Child child(helperProgram() + " " + arguments, writer.get());
+    const Child child("\"" + programFolder() + "\\" + program + "\" " + arguments, writer.get());
     writer.reset(); // so that the pipe ends with the child
     std::istringstream output(readAll(reader.get()));
     HelperRun run;
@@ -104,19 +104,20 @@ HelperRun runHelper(const std::string& arguments)
     return run;
 }
 
-HelperWindowsVersion::HelperWindowsVersion(const char* version)
+HelperWindowsVersion::HelperWindowsVersion(const char* version, const std::string& program)
+    : m_settings(settingsOf(program))
 {
-    writeHelperSetting(kHelperSettings, "Version", version);
+    writeHelperSetting(m_settings, "Version", version);
 }
 
-HelperWindowsVersion::~HelperWindowsVersion() { ::RegDeleteTreeA(HKEY_CURRENT_USER, kHelperSettings.c_str()); }
+HelperWindowsVersion::~HelperWindowsVersion() { ::RegDeleteTreeA(HKEY_CURRENT_USER, m_settings.c_str()); }
 
 HelperWithoutLibrary::HelperWithoutLibrary(const char* library)
 {
-    writeHelperSetting(kHelperSettings + "\\DllOverrides", library, "");
+    writeHelperSetting(settingsOf(kHelper) + "\\DllOverrides", library, "");
 }
 
-HelperWithoutLibrary::~HelperWithoutLibrary() { ::RegDeleteTreeA(HKEY_CURRENT_USER, kHelperSettings.c_str()); }
+HelperWithoutLibrary::~HelperWithoutLibrary() { ::RegDeleteTreeA(HKEY_CURRENT_USER, settingsOf(kHelper).c_str()); }
 
 IdleProcesses::IdleProcesses(const std::string& name) : m_program(m_folder / name)
 {

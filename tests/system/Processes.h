@@ -40,8 +40,8 @@ struct HelperRun
     DWORD status = ~0UL;
     std::vector<std::string> lines;
 };
-/// Runs it and waits for its end.
-HelperRun runHelper(const std::string& arguments);
+/// Runs it, or another helper from the same folder, and waits for its end.
+HelperRun runHelper(const std::string& arguments, const std::string& program = "system_helper.exe");
 /// Quoted path of the program, to start it by other means.
 std::string helperProgram();
 
@@ -50,8 +50,13 @@ std::string helperProgram();
 class HelperWindowsVersion
 {
 public:
-    explicit HelperWindowsVersion(const char* version);
+    explicit HelperWindowsVersion(const char* version, const std::string& program = "system_helper.exe");
     ~HelperWindowsVersion();
+    HelperWindowsVersion(const HelperWindowsVersion&) = delete;
+    HelperWindowsVersion& operator=(const HelperWindowsVersion&) = delete;
+
+private:
+    std::string m_settings;
 };
 /// Keeps the helper from loading a system library while this lives.
 class HelperWithoutLibrary

@@ -8,6 +8,8 @@
 #
 #   AUTOOLS_KEEP_PREFIX=1      keeps the prefix and says where it is (look into it with wine-run.sh)
 #   AUTOOLS_SUITE_TIMEOUT      seconds, 280 by default
+#   AUTOOLS_SUITE_RESTART=1    restarts Windows in between: the cases of the test suite AfterRestart run after that, all
+#                              others before
 #   AUTOOLS_WINE_CACHE         folder of the prepared prefix, to share it between build trees; see prefix.sh
 # All other variables reach the program (WINEDLLOVERRIDES, WINEDEBUG, GTEST_FILTER, ...).
 set -u
@@ -81,12 +83,28 @@ fi
 mkdir "$prefix/drive_c/suite"
 cd "$prefix/drive_c/suite" || exit 1
 
-timeout --kill-after=5 "${AUTOOLS_SUITE_TIMEOUT:-280}" \
-    "$here/wine-run.sh" "$prefix" "$program" "--gtest_output=xml:Z:$results" "$@" </dev/null 9>&- &
-running=$!
-wait "$running"
-status=$?
-running=
+# runProgram [arguments]: what the caller asked for comes last and wins.
+runProgram()
+{
+    timeout --kill-after=5 "${AUTOOLS_SUITE_TIMEOUT:-280}" \
+        "$here/wine-run.sh" "$prefix" "$program" "--gtest_output=xml:Z:$results" "$@" </dev/null 9>&- &
+    running=$!
+    wait "$running"
+    status=$?
+    running=
+}
+
+if [ "${AUTOOLS_SUITE_RESTART:-0}" = 0 ]; then
+    runProgram "$@"
+else
+    runProgram --gtest_filter=-AfterRestart.* "$@"
+    if [ $status = 0 ]; then
+        "$here/prefix.sh" restart "$prefix" 9>&-
+        results=$buildTree/test-results/$suite-restarted.xml
+        rm -f "$results"
+        runProgram --gtest_filter=AfterRestart.* "$@"
+    fi
+fi
 cd /
 if [ $status = 124 ] || [ $status = 137 ]; then
     echo "the suite $suite took longer than ${AUTOOLS_SUITE_TIMEOUT:-280} seconds"
