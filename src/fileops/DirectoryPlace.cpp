@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <cstring>
+#include <cwchar>
 #include <optional>
 #include <string>
 
@@ -14,42 +15,15 @@ namespace aut
 {
 namespace
 {
-/// What no two directories have in common, as long as they exist.
-struct Identity
-{
-    DWORD volume;
-    std::uint64_t index;
-};
-
-bool operator==(const Identity& left, const Identity& right)
-{
-    return left.volume == right.volume && left.index == right.index;
-}
-
-constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
-
-std::optional<Identity> identityOf(const UniqueFile& directory)
-{
-    BY_HANDLE_FILE_INFORMATION information{};
-    if (!directory || !::GetFileInformationByHandle(directory.get(), &information))
-        return {};
-    return Identity{information.dwVolumeSerialNumber,
-                    std::uint64_t{information.nFileIndexHigh} << 32 | information.nFileIndexLow};
-}
-
 UniqueFile openDirectory(const std::string& path)
 {
+    constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
     return UniqueFile(
         ::CreateFileA(path.c_str(), 0, kShareAll, nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr));
 }
 
-UniqueFile openDirectory(const std::wstring& path)
-{
-    return UniqueFile(
-        ::CreateFileW(path.c_str(), 0, kShareAll, nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr));
-}
-
-/// The system's own path to a directory, without links. Wide: it may have characters that the code page lacks.
+/// The system's own path to a directory, without links and in the disk's spelling. Wide: it may have characters that
+/// the code page lacks.
 std::wstring realPathOf(const UniqueFile& directory)
 {
     std::wstring path(MAX_PATH, L'\0');
@@ -63,74 +37,102 @@ std::wstring realPathOf(const UniqueFile& directory)
     return path;
 }
 
+/// What no two directories have in common as long as they exist.
+struct Identity
+{
+    DWORD volume;
+    std::uint64_t index;
+};
+
+std::optional<Identity> identityOf(const UniqueFile& directory)
+{
+    BY_HANDLE_FILE_INFORMATION information{};
+    if (!directory || !::GetFileInformationByHandle(directory.get(), &information))
+        return {};
+    return Identity{information.dwVolumeSerialNumber,
+                    std::uint64_t{information.nFileIndexHigh} << 32 | information.nFileIndexLow};
+}
+
 /// Cuts the last component off; the backslash before it stays, without which "C:" would be a current folder. False when
 /// nothing is left to cut.
-template <typename Text> bool toParent(Text& path)
+bool toParent(std::string& path)
 {
-    const auto backslash = static_cast<typename Text::value_type>('\\');
-    while (!path.empty() && path.back() == backslash)
+    while (!path.empty() && path.back() == '\\')
         path.pop_back();
-    const std::size_t last = path.rfind(backslash);
-    if (last == Text::npos)
+    const std::size_t last = path.rfind('\\');
+    if (last == std::string::npos)
         return false;
     path.resize(last + 1);
     return true;
 }
 
-/// The path of a drive alone names that drive's current folder unless it ends with a backslash.
-std::string withRoot(const char* path)
+struct Place
 {
-    std::string text(path);
-    if (!text.empty() && text.back() == ':')
-        text += '\\';
-    return text;
-}
-
-UniqueFile openNearest(const char* path)
-{
-    std::string at = withRoot(path);
-    while (!pathExists(at.c_str()) && toParent(at))
+    explicit Place(const char* directory) : path(directory)
     {
+        if (!path.empty() && path.back() == ':')
+            path += '\\';
+        exists = pathExists(path.c_str());
+        while (!pathExists(path.c_str()) && toParent(path))
+        {
+        }
+        nearest = openDirectory(path);
+        if (nearest)
+            realPath = realPathOf(nearest);
     }
-    return openDirectory(at);
+
+    std::string path; ///< of the directory or its nearest existing parent
+    bool exists;
+    UniqueFile nearest;
+    std::wstring realPath; ///< empty when the system does not tell it
+};
+
+/// One path of a local disk can be compared with another; a share may be anything, a folder of this machine too.
+bool isLocal(const std::wstring& realPath)
+{
+    constexpr wchar_t kLocal[] = L"\\\\?\\C:";
+    return realPath.size() >= std::wcslen(kLocal) && realPath[5] == L':';
 }
 
-/// By the texts alone, for directories that the system lets nobody open.
-bool isPathWithin(const char* inner, const char* outer)
+bool isPathWithin(const std::wstring& inner, const std::wstring& outer)
 {
-    const std::size_t length = std::strlen(outer);
-    return _strnicmp(inner, outer, length) == 0 && (inner[length] == '\0' || inner[length] == '\\');
+    const std::size_t length = outer.size();
+    return inner.size() >= length && _wcsnicmp(inner.c_str(), outer.c_str(), length) == 0 &&
+           (inner.size() == length || inner[length] == L'\\' || outer.back() == L'\\');
 }
+
+/// For comparing only.
+std::wstring widened(const std::string& path) { return {path.begin(), path.end()}; }
 
 /// Whether `inner` is `outer` or lies in it.
-bool isWithin(const char* inner, const char* outer)
+bool isWithin(const Place& inner, const Place& outer)
 {
-    if (isPathWithin(inner, outer))
-        return true;
-    const auto sought = identityOf(openDirectory(withRoot(outer)));
+    if (!outer.exists)
+        return false;
+    if (isLocal(inner.realPath) && isLocal(outer.realPath))
+        return isPathWithin(inner.realPath, outer.realPath);
+    const auto sought = identityOf(outer.nearest);
     if (!sought)
-        return false;
-    std::wstring at = realPathOf(openNearest(inner));
-    if (at.empty())
-        return false;
+        return isPathWithin(widened(inner.path), widened(outer.path));
+    std::string at = inner.path;
     do
     {
         const auto found = identityOf(openDirectory(at));
-        if (found && *found == *sought)
+        if (found && found->volume == sought->volume && found->index == sought->index)
             return true;
     } while (toParent(at));
     return false;
 }
 } // namespace
 
-bool isSameDirectory(const char* one, const char* other)
+Placement placementOf(const char* one, const char* other)
 {
-    const auto identity = identityOf(openDirectory(withRoot(one)));
-    const auto otherIdentity = identityOf(openDirectory(withRoot(other)));
-    if (!identity || !otherIdentity)
-        return _stricmp(one, other) == 0;
-    return *identity == *otherIdentity;
+    const Place first(one);
+    const Place second(other);
+    const bool isFirstWithin = isWithin(first, second);
+    const bool isSecondWithin = isWithin(second, first);
+    if (isFirstWithin && isSecondWithin)
+        return Placement::Same;
+    return isFirstWithin || isSecondWithin ? Placement::Nested : Placement::Apart;
 }
-
-bool directoriesOverlap(const char* one, const char* other) { return isWithin(one, other) || isWithin(other, one); }
 } // namespace aut

@@ -10,6 +10,8 @@
 using aut::DirectoryWalk;
 using aut::kindOf;
 using aut::PathKind;
+using aut::Placement;
+using aut::placementOf;
 using aut::TreePosition;
 
 namespace
@@ -45,43 +47,42 @@ bool copySubdirectory(TreePosition& at, const char* source, const std::string& t
 {
     if (kindOf(at.path().c_str()) != PathKind::Directory)
         return false;
-    if (kindOf(targetPath.c_str()) == PathKind::Link && aut::directoriesOverlap(source, targetPath.c_str()))
+    if (kindOf(targetPath.c_str()) == PathKind::Link && placementOf(source, targetPath.c_str()) != Placement::Apart)
         return false;
     RT_Dir target(targetPath.c_str());
     return prepareTarget(target, overwrite) && copyContents(at, targetPath.c_str());
 }
 
-bool copyTree(const char* source, RT_Dir& target, OVERWRITEFLAG overwrite)
+/// Of an existing directory onto a target that lies apart from it.
+int copyTree(const char* source, RT_Dir& target, OVERWRITEFLAG overwrite)
 {
-    const String targetRoot = target.GetFullPath();
-    if (targetRoot.IsEmpty() || aut::directoriesOverlap(source, targetRoot) || !prepareTarget(target, overwrite))
-        return false;
+    if (!prepareTarget(target, overwrite))
+        return 0;
+    const std::string targetRoot(target.GetFullPath());
     TreePosition at(source);
-    bool isWhole = copyContents(at, targetRoot);
+    bool isWhole = copyContents(at, targetRoot.c_str());
     while (at.advance())
-        isWhole = copySubdirectory(at, source, std::string(targetRoot) + at.pathBelowRoot(), overwrite) && isWhole;
-    return isWhole;
+        isWhole = copySubdirectory(at, source, targetRoot + at.pathBelowRoot(), overwrite) && isWhole;
+    return isWhole ? 1 : 0;
 }
 
 /// Both parts are equal on one volume; the one that a path does not have says nothing.
 bool isSamePart(const String& one, const String& other) { return !one.IsEmpty() && one == other; }
 
-/// Whether a directory already is where it shall be moved. A link makes two paths the same place, too, but one of them
-/// then still is a link.
-bool isAlreadyThere(const char* source, const char* target)
-{
-    return aut::isSameDirectory(source, target) && kindOf(source) != PathKind::Link && kindOf(target) != PathKind::Link;
-}
+bool isLink(const char* path) { return kindOf(path) == PathKind::Link; }
 } // namespace
 
 int RT_Dir::CopyTo(const String& destination, OVERWRITEFLAG overwrite)
 {
     RT_Dir target(destination + '\\' + m_dirName);
-    if (!IsExisting())
+    if (!IsExisting() || target.m_fullPath.IsEmpty())
         return 0;
     try
     {
-        return copyTree(m_fullPath, target, overwrite) ? 1 : 0;
+        // Copied into itself, a tree would have no end; removing a target around the source would remove the source.
+        if (placementOf(m_fullPath, target.m_fullPath) != Placement::Apart)
+            return 0;
+        return copyTree(m_fullPath, target, overwrite);
     }
     catch (const std::bad_alloc&)
     {
@@ -97,27 +98,28 @@ int RT_Dir::MoveTo(const String& destination, OVERWRITEFLAG overwrite)
         return 0; // before anything is done to the target
     try
     {
-        if (isAlreadyThere(m_fullPath, target.m_fullPath))
-            return 1;
-        if (aut::directoriesOverlap(m_fullPath, target.m_fullPath))
+        const Placement placement = placementOf(m_fullPath, target.m_fullPath);
+        if (placement == Placement::Same) // a link to the source does not mean that the source is there
+            return isLink(m_fullPath) || isLink(target.m_fullPath) ? 0 : 1;
+        if (placement == Placement::Nested)
             return 0;
+
+        if (isSamePart(m_drive, parent.m_drive) || isSamePart(m_server, parent.m_server))
+        {
+            DWORD flags = MOVEFILE_WRITE_THROUGH;
+            if (overwrite == OVERWRITE_AT_REBOOT)
+            {
+                flags |= MOVEFILE_REPLACE_EXISTING;
+                target.Remove(OVERWRITE_AT_REBOOT, DIR_TOP_ONLY);
+            }
+            parent.Create();
+            if (::MoveFileExA(m_fullPath, target.m_fullPath, flags))
+                return 1;
+        }
+        return copyTree(m_fullPath, target, overwrite) ? Remove(OVERWRITE_AT_REBOOT, DIR_RECURSIVE) : 0;
     }
     catch (const std::bad_alloc&)
     {
         return 0;
     }
-
-    if (isSamePart(m_drive, parent.m_drive) || isSamePart(m_server, parent.m_server))
-    {
-        DWORD flags = MOVEFILE_WRITE_THROUGH;
-        if (overwrite == OVERWRITE_AT_REBOOT)
-        {
-            flags |= MOVEFILE_REPLACE_EXISTING;
-            target.Remove(OVERWRITE_AT_REBOOT, DIR_TOP_ONLY);
-        }
-        parent.Create();
-        if (::MoveFileExA(m_fullPath, target.m_fullPath, flags))
-            return 1;
-    }
-    return CopyTo(destination, overwrite) ? Remove(OVERWRITE_AT_REBOOT, DIR_RECURSIVE) : 0;
 }

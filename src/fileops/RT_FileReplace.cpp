@@ -126,7 +126,8 @@ bool RT_File::MoveTo(const char* directory, OVERWRITEFLAG flag)
 
 bool RT_File::Remove(OVERWRITEFLAG flag)
 {
-    if (!IsFileExisting(nullptr) || ::DeleteFileA(m_fullPath))
+    // Asking only after a failure has the same outcome, and whole trees go this way.
+    if (::DeleteFileA(m_fullPath) || !IsFileExisting(nullptr))
         return true;
     if (IsOverWriteable()) // which clears a read-only attribute, so it is worth another try
     {

@@ -257,6 +257,41 @@ TEST_F(RT_DirCopyTo, ALinkDoesNotHideThatTheyOverlap)
     EXPECT_TRUE(removeLink(folder / "into"));
 }
 
+DWORD WINAPI untoldFinalPath(HANDLE, WCHAR*, DWORD, DWORD)
+{
+    ::SetLastError(ERROR_NOT_SUPPORTED);
+    return 0;
+}
+
+BOOL WINAPI untoldInformation(HANDLE, BY_HANDLE_FILE_INFORMATION*)
+{
+    ::SetLastError(ERROR_NOT_SUPPORTED);
+    return FALSE;
+}
+
+TEST_F(RT_DirCopyTo, OverlapIsSeenOnSharesThatDoNotTellTheRealPath)
+{
+    folder.writeFile("a\\file", "x");
+    folder.writeFile("a\\a\\file", "inner");
+    makeLink(folder / "to itself", folder.path());
+    const ImportPatch noRealPath("GetFinalPathNameByHandleW", untoldFinalPath);
+    for (const OVERWRITEFLAG overwrite : {OVERWRITE_NOW_ONLY, OVERWRITE_AT_REBOOT})
+    {
+        EXPECT_EQ(0, dir("a").CopyTo(path("a\\new"), overwrite));
+        EXPECT_EQ(0, dir("a\\a").CopyTo(path(""), overwrite));
+        EXPECT_EQ(0, dir("a").CopyTo(path("to itself"), overwrite)); // by the directories' own numbers
+        EXPECT_EQ(0, dir("a").CopyTo(path("to itself\\a\\new"), overwrite));
+    }
+    EXPECT_EQ(1, dir("a").CopyTo(path("apart"), OVERWRITE_NOW_ONLY));
+
+    const ImportPatch noNumbers("GetFileInformationByHandle", untoldInformation);
+    EXPECT_EQ(0, dir("a").CopyTo(path("A\\new"), OVERWRITE_NOW_ONLY)); // by the texts
+    EXPECT_EQ(0, dir("a\\a").CopyTo(path(""), OVERWRITE_AT_REBOOT));
+    EXPECT_EQ(1, dir("a").CopyTo(path("apart"), OVERWRITE_AT_REBOOT));
+    EXPECT_EQ((Names{"a\\", "file"}), names("a"));
+    EXPECT_TRUE(removeLink(folder / "to itself"));
+}
+
 TEST_F(RT_DirCopyTo, ALinkIsNotFollowedAndCountsAsASubdirectoryNotCopied)
 {
     folder.writeFile("outside\\file", "x");
@@ -453,14 +488,43 @@ TEST_F(RT_DirMoveTo, DrivesAreComparedWithoutRegardToCase)
     EXPECT_EQ("x", folder.readFile("to\\a\\file"));
 }
 
-TEST_F(RT_DirMoveTo, AtRebootRemovesTheTargetsOwnFilesBeforeTheRename)
+std::string g_target;
+bool g_ownFilesThere = false;
+bool g_subdirectoryThere = false;
+
+BOOL WINAPI moveThatLooksAtTheTarget(const char*, const char*, DWORD)
+{
+    g_ownFilesThere = fileExists(g_target + "\\old");
+    g_subdirectoryThere = fileExists(g_target + "\\sub\\old");
+    ::SetLastError(ERROR_ACCESS_DENIED);
+    return FALSE;
+}
+
+TEST_F(RT_DirMoveTo, OnlyAtRebootRemovesTheTargetsOwnFilesBeforeTheRename)
+{
+    g_target = folder / "to\\a";
+    const ImportPatch look("MoveFileExA", moveThatLooksAtTheTarget);
+    for (const OVERWRITEFLAG overwrite : {OVERWRITE_NOW_ONLY, OVERWRITE_AT_REBOOT})
+    {
+        folder.writeFile("a\\file", "new");
+        folder.writeFile("to\\a\\old", "old");
+        folder.writeFile("to\\a\\sub\\old", "old");
+        EXPECT_EQ(1, dir("a").MoveTo(path("to"), overwrite));
+        EXPECT_EQ(overwrite == OVERWRITE_NOW_ONLY, g_ownFilesThere);
+        EXPECT_TRUE(g_subdirectoryThere);
+    }
+}
+
+TEST_F(RT_DirMoveTo, ATargetThatCannotBeEmptiedIsNoReasonNotToTry)
 {
     folder.writeFile("a\\file", "new");
-    folder.writeFile("to\\a\\old", "old");
-    folder.writeFile("to\\a\\sub\\old", "old");
-    const ImportPatch refuse("MoveFileExA", refusedMoveFileEx);
-    const ImportPatch noCopy("FindNextFileA", brokenFindNextFile); // ends the copy that follows
-    EXPECT_EQ(0, dir("a").MoveTo(path("to"), OVERWRITE_AT_REBOOT));
+    folder.writeFile("to\\a\\held", "old");
+    const aut::UniqueFile held = lock("to\\a\\held");
+    {
+        const ImportPatch see("MoveFileExA", seenMoveFileEx);
+        EXPECT_EQ(0, dir("a").MoveTo(path("to"), OVERWRITE_AT_REBOOT));
+    }
+    EXPECT_EQ(1, std::count(g_seen.moved.begin(), g_seen.moved.end(), folder / "a -> " + folder / "to\\a, 9"));
     EXPECT_EQ("new", folder.readFile("a\\file"));
 }
 
