@@ -1,5 +1,7 @@
 #include "tests/support/Certificates.h"
 
+#include "tests/support/ClientRegistry.h"
+
 #include <gtest/gtest.h>
 
 namespace auttest
@@ -53,6 +55,20 @@ HCRYPTPROV signingKey()
     }();
     return provider;
 }
+/// Removes what the registry keeps of the certificate, if anything: a key named by its fingerprint.
+void removeStored(Store store, PCCERT_CONTEXT certificate)
+{
+    BYTE hash[20] = {};
+    DWORD size = sizeof hash;
+    EXPECT_TRUE(::CertGetCertificateContextProperty(certificate, CERT_SHA1_HASH_PROP_ID, hash, &size));
+    std::string key = "Software\\Microsoft\\SystemCertificates\\MY\\Certificates\\";
+    for (const BYTE byte : hash)
+    {
+        key += "0123456789ABCDEF"[byte >> 4U];
+        key += "0123456789ABCDEF"[byte & 15U];
+    }
+    Registry(store == Store::machine ? HKEY_LOCAL_MACHINE : HKEY_CURRENT_USER).removeKey(key);
+}
 } // namespace
 
 // A store writes what was changed when it is closed, and one that is open does not see it.
@@ -77,6 +93,7 @@ InstalledCertificate::~InstalledCertificate()
         ::CertFindCertificateInStore(opened, X509_ASN_ENCODING, 0, CERT_FIND_EXISTING, m_certificate, nullptr);
     EXPECT_TRUE(found != nullptr && ::CertDeleteCertificateFromStore(found));
     ::CertCloseStore(opened, 0);
+    removeStored(m_store, m_certificate); // Wine forgets to
     ::CertFreeCertificateContext(m_certificate);
 }
 

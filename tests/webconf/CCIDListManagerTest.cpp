@@ -1,0 +1,1 @@
+#include "tests/webconf/CIDManager.h"
