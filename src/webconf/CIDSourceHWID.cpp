@@ -68,24 +68,35 @@ catch (const _com_error&)
     return false;
 }
 
+/// The key of one hardware ID: its values are named by the certificate IDs.
+class CacheKey : public CRegBase
+{
+public:
+    CacheKey(const char* hwid, bool readOnly) : CRegBase(kCacheKey, hwid, readOnly) {}
+
+    /// Leaves the flush to the caller, who may have thousands: each flush waits for the disk.
+    void add(const char* cid) { ::RegSetValueExA(m_key, cid, 0, REG_SZ, reinterpret_cast<const BYTE*>(""), 1); }
+};
+
 void writeCache(const char* hwid, const aut::CIDList& list)
 {
-    CRegBase(kCacheKey, hwid, false).DeleteKey();
-    CRegBase cache(kCacheKey, hwid, false);
+    CacheKey(hwid, false).DeleteKey();
+    CacheKey cache(hwid, false);
     for (POSITION position = list.GetHeadPosition(); position != nullptr;)
     {
         const String& cid = list.GetNext(position);
         Log(0, "associated CID = %s", static_cast<const char*>(cid));
         // A longer name could be written, but not be listed again, nor anything behind it.
         if (cid.GetLength() <= kLongestValueName)
-            cache.SetValue(cid, "");
+            cache.add(cid);
     }
+    cache.Flush();
 }
 
 void readCache(const char* hwid, aut::CIDList& list)
 {
     aut::CIDList cached;
-    CRegBase(kCacheKey, hwid, true).GetValues(cached);
+    CacheKey(hwid, true).GetValues(cached);
     for (POSITION position = cached.GetHeadPosition(); position != nullptr;)
     {
         String& cid = cached.GetNext(position);

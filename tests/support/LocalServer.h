@@ -20,7 +20,7 @@ public:
     const Registry& settings() const { return m_settings; }
     /// How often "HWID" or "CIDs" was asked for.
     unsigned long calls(const char* what) const;
-    /// Ends the server's process, if there is one.
+    /// Tells the server to end, if it runs, and waits for that.
     void end() const;
     void unregister() const;
     /// As if another program had registered itself for the class.

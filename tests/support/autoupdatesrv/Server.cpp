@@ -17,6 +17,15 @@ constexpr DWORD kIdleMs = 10000;
 
 std::atomic<long> objects{0};
 std::atomic<ULONGLONG> lastUse{0};
+DWORD registration = 0;
+
+/// Ends the process in the middle of whatever it does. The class object goes first: Windows forgets a dead server's,
+/// Wine would hand it out for ever.
+void die()
+{
+    ::CoRevokeClassObject(registration);
+    ::TerminateProcess(::GetCurrentProcess(), 1);
+}
 
 /// Counts an object as long as it lives.
 class Use
@@ -39,7 +48,7 @@ HRESULT enter(const std::string& call)
     writeNumber(calls.c_str(), numberSetting(calls.c_str()) + 1);
     ::Sleep(numberSetting("DelayMs"));
     if (textSetting("DieIn") == call)
-        ::TerminateProcess(::GetCurrentProcess(), 1);
+        die();
     return static_cast<HRESULT>(numberSetting((call + "Status").c_str()));
 }
 
@@ -137,12 +146,12 @@ public:
 
 bool isIdle() { return objects == 0 && ::GetTickCount64() - lastUse >= kIdleMs; }
 
-/// Waits until nobody needs the server. New clients are kept out on return.
+/// Waits until nobody needs the server any more, or it is told to end. New clients are kept out on return.
 void waitUntilIdle()
 {
-    for (;;)
+    const aut::UniqueHandle end(::CreateEventA(nullptr, TRUE, FALSE, kEndEvent));
+    while (::WaitForSingleObject(end.get(), 500) == WAIT_TIMEOUT)
     {
-        ::Sleep(500);
         if (!isIdle())
             continue;
         ::CoSuspendClassObjects();
@@ -161,7 +170,6 @@ HRESULT serve()
     lastUse = ::GetTickCount64();
     Microsoft::WRL::ComPtr<IClassFactory> factory;
     factory.Attach(new Factory);
-    DWORD registration = 0;
     const HRESULT status = ::CoRegisterClassObject(aut::kAutoUpdateServerClass, factory.Get(), CLSCTX_LOCAL_SERVER,
                                                    REGCLS_MULTIPLEUSE, &registration);
     if (FAILED(status))

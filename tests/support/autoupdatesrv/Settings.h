@@ -20,6 +20,8 @@ namespace autoupdatesrv
 //
 // It counts the calls that reached it in the values HWIDCalls and CIDsCalls and writes its process id to Pid.
 constexpr char kSettingsKey[] = "Software\\Velmora\\AutoUpdateSRV";
+/// Ends the server at once.
+constexpr char kEndEvent[] = "AutoUpdateSRV_End";
 
 DWORD numberSetting(const char* name);
 std::string textSetting(const char* name);
