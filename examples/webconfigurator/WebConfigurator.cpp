@@ -1,6 +1,7 @@
 #include "webconfigurator/WebConfigurator.h"
 
 #include "webconfigurator/AnswerWriter.h"
+#include "webconfigurator/Depot.h"
 #include "webconfigurator/Socket.h"
 #include "webconfigurator/Templates.h"
 
@@ -58,6 +59,12 @@ public:
     {
         const std::lock_guard<std::mutex> lock(m_mutex);
         m_requests.clear();
+    }
+
+    void serveDepot(std::string folder)
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        m_depot = Depot(std::move(folder));
     }
 
     void onRequest(std::function<void(const HttpRequest&)> observer)
@@ -157,17 +164,21 @@ private:
     {
         std::function<void(const HttpRequest&)> observer;
         Answer answer;
+        Depot depot;
         {
             const std::lock_guard<std::mutex> lock(m_mutex);
             m_requests.push_back(request);
             observer = m_observer;
             answer = decide(request);
+            depot = m_depot;
         }
         if (observer)
             observer(request);
         std::optional<std::string> body = answer.body;
         if (!body && answer.file)
             body = m_templates.render(*answer.file, request, host());
+        if (!body && !answer.file && (body = depot.read(request.path)) && !answer.type)
+            answer.type = "application/octet-stream";
         return AnswerWriter(socket, request, answer, m_stop).write(std::move(body));
     }
 
@@ -193,6 +204,7 @@ private:
     std::vector<Rule> m_fileRules;
     std::vector<HttpRequest> m_requests;
     std::function<void(const HttpRequest&)> m_observer;
+    Depot m_depot;
     std::list<Connection> m_connections;
     unsigned m_connectionCount = 0;
     Socket m_listener;
@@ -228,6 +240,8 @@ void WebConfigurator::clearRules() { m_impl->clearRules(); }
 std::vector<HttpRequest> WebConfigurator::requests() const { return m_impl->requests(); }
 
 void WebConfigurator::clearRequests() { m_impl->clearRequests(); }
+
+void WebConfigurator::serveDepot(const std::string& folder) { m_impl->serveDepot(folder); }
 
 void WebConfigurator::onRequest(std::function<void(const HttpRequest&)> observer)
 {

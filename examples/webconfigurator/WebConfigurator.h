@@ -49,6 +49,9 @@ public:
     /// Drops the rules that were added; those of the file stay.
     void clearRules();
 
+    /// From now on the files of this folder are served under "/Depot/", unless a rule says otherwise; "" ends that.
+    void serveDepot(const std::string& folder);
+
     /// The requests received so far, in order.
     std::vector<HttpRequest> requests() const;
     void clearRequests();

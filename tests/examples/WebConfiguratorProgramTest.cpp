@@ -1,7 +1,6 @@
+#include "tests/examples/ChildProgram.h"
 #include "tests/examples/RawClient.h"
 #include "tests/support/TestFolder.h"
-
-#include <windows.h>
 
 #include <cstdlib>
 #include <gtest/gtest.h>
@@ -12,81 +11,10 @@ using auttest::getPage;
 
 namespace
 {
-/// webconfigurator.exe, beside this program, with its streams at our end.
-class Program
+class Program : public auttest::ChildProgram
 {
 public:
-    explicit Program(const std::string& arguments)
-    {
-        SECURITY_ATTRIBUTES inherited{sizeof(inherited), nullptr, TRUE};
-        HANDLE childIn = nullptr;
-        HANDLE childOut = nullptr;
-        EXPECT_TRUE(::CreatePipe(&childIn, &m_input, &inherited, 0));
-        EXPECT_TRUE(::CreatePipe(&m_output, &childOut, &inherited, 0));
-        ::SetHandleInformation(m_input, HANDLE_FLAG_INHERIT, 0);
-        ::SetHandleInformation(m_output, HANDLE_FLAG_INHERIT, 0);
-        STARTUPINFOA startup{};
-        startup.cb = sizeof(startup);
-        startup.dwFlags = STARTF_USESTDHANDLES;
-        startup.hStdInput = childIn;
-        startup.hStdOutput = childOut;
-        startup.hStdError = childOut;
-        std::string command = "\"" + folder() + "webconfigurator.exe\" " + arguments;
-        PROCESS_INFORMATION process{};
-        EXPECT_TRUE(
-            ::CreateProcessA(nullptr, command.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup, &process));
-        m_process = process.hProcess;
-        ::CloseHandle(process.hThread);
-        ::CloseHandle(childIn);
-        ::CloseHandle(childOut);
-    }
-    ~Program()
-    {
-        endInput();
-        if (::WaitForSingleObject(m_process, 10000) != WAIT_OBJECT_0)
-            ::TerminateProcess(m_process, 99);
-        ::CloseHandle(m_process);
-        ::CloseHandle(m_output);
-    }
-    Program(const Program&) = delete;
-    Program& operator=(const Program&) = delete;
-
-    std::string readLine()
-    {
-        std::string line;
-        char c = '\0';
-        DWORD read = 0;
-        while (::ReadFile(m_output, &c, 1, &read, nullptr) && read == 1 && c != '\n')
-            if (c != '\r')
-                line += c;
-        return line;
-    }
-    void endInput()
-    {
-        if (m_input != nullptr)
-            ::CloseHandle(m_input);
-        m_input = nullptr;
-    }
-    DWORD exitCode()
-    {
-        DWORD code = 98;
-        EXPECT_EQ(WAIT_OBJECT_0, ::WaitForSingleObject(m_process, 10000));
-        ::GetExitCodeProcess(m_process, &code);
-        return code;
-    }
-
-private:
-    static std::string folder()
-    {
-        char path[MAX_PATH];
-        ::GetModuleFileNameA(nullptr, path, MAX_PATH);
-        const std::string self = path;
-        return self.substr(0, self.find_last_of("\\/") + 1);
-    }
-
-    HANDLE m_input = nullptr;
-    HANDLE m_output = nullptr;
-    HANDLE m_process = nullptr;
+    explicit Program(const std::string& arguments) : ChildProgram("webconfigurator.exe", arguments) {}
 };
 
 /// The port of the program's first line, 0 when it is another one.
@@ -113,6 +41,16 @@ TEST(WebConfiguratorProgram, SaysItsPortServesAndListsUntilItsInputEnds)
     EXPECT_EQ(0u, program.exitCode());
 }
 
+TEST(WebConfiguratorProgram, ServesADepot)
+{
+    const auttest::TestFolder folder;
+    folder.writeFile("Part\\part.txt", "bytes");
+    Program program("--templates . --depot \"" + folder.path() + "\"");
+    const unsigned short port = portOf(program.readLine());
+    ASSERT_NE(0, port);
+    EXPECT_EQ("bytes", bodyOf(getPage(port, "/Depot/Part/part.txt")));
+}
+
 TEST(WebConfiguratorProgram, ListsNothingWhenItIsToBeQuiet)
 {
     Program program("--quiet --templates . --rule body=x");
@@ -129,7 +67,8 @@ TEST(WebConfiguratorProgram, UnknownArgumentsShowItsUsage)
     for (const char* arguments : {"--odd 1", "--port", "--port many"})
     {
         Program program(arguments);
-        EXPECT_EQ("webconfigurator [--port N] [--templates FOLDER] [--rule RULE]... [--quiet]", program.readLine());
+        EXPECT_EQ("webconfigurator [--port N] [--templates FOLDER] [--depot FOLDER] [--rule RULE]... [--quiet]",
+                  program.readLine());
         EXPECT_EQ(2u, program.exitCode()) << arguments;
     }
 }

@@ -235,6 +235,33 @@ TEST(WebConfiguratorEnd, DoesNotWaitForWhatStalls)
 
 // Templates
 
+TEST(WebConfiguratorDepot, ServesFilesAsTheyAre)
+{
+    const auttest::TestFolder folder;
+    folder.writeFile("Part\\1.0_EN\\part.bin", std::string_view("{{Host}}\0\r\n", 11));
+    WebConfigurator server;
+    server.serveDepot(folder.path());
+    const std::string answer = getPage(server.port(), "/Depot/Part/1.0_EN/part.bin");
+    EXPECT_EQ(std::string("{{Host}}\0\r\n", 11), bodyOf(answer));
+    EXPECT_NE(std::string::npos, answer.find("Content-Type: application/octet-stream\r\n"));
+    EXPECT_EQ("HTTP/1.1 404 ", getPage(server.port(), "/Depot/Part/none.bin").substr(0, 13));
+    EXPECT_EQ("HTTP/1.1 404 ", getPage(server.port(), "/Part/1.0_EN/part.bin").substr(0, 13));
+    server.addRule("page=part.bin, status=503");
+    EXPECT_EQ("HTTP/1.1 503 ", getPage(server.port(), "/Depot/Part/1.0_EN/part.bin").substr(0, 13));
+}
+
+TEST(WebConfiguratorDepot, IsNotLeft)
+{
+    const auttest::TestFolder folder;
+    folder.writeFile("secret.txt", "secret");
+    folder.makeFolder("depot");
+    WebConfigurator server;
+    server.serveDepot(folder / "depot");
+    for (const char* path : {"/Depot/../secret.txt", "/Depot/%2e%2e/secret.txt", "/Depot/..%5Csecret.txt",
+                             "/Depot/C:/x", "/Depot/", "/Depot"})
+        EXPECT_EQ("HTTP/1.1 404 ", getPage(server.port(), path).substr(0, 13)) << path;
+}
+
 TEST(WebConfiguratorTemplates, AreFilledAndReadAfresh)
 {
     const auttest::TestFolder folder;
