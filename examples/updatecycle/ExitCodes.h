@@ -6,13 +6,15 @@ namespace updatecycle
 /// What the program ends with. One number per thing that somebody would do something different about.
 enum ExitCode
 {
-    kDone = 0,
-    kUnexpected = 1,     ///< an error of the XML parser or of the system that has no number of its own
-    kBadUsage = 2,       ///< the command line was not understood
-    kNoSettings = 3,     ///< no server or data folder known, or they cannot be stored
-    kNoAnswer = 4,       ///< no product list came: server down, refused, cut off, empty
-    kBadAnswer = 5,      ///< what came is no well-formed product list
-    kRecordsNotSaved = 6 ///< at least one release record could not be saved
+    kDone = 0,            ///< every release is as the server wants it, or waits for its time
+    kUnexpected = 1,      ///< an error of the XML parser or of the system that has no number of its own
+    kBadUsage = 2,        ///< the command line was not understood
+    kNoSettings = 3,      ///< no server or data folder known, or they cannot be stored
+    kNoAnswer = 4,        ///< no product list came: server down, refused, cut off, empty
+    kBadAnswer = 5,       ///< what came is no well-formed product list
+    kRecordsNotSaved = 6, ///< at least one release record could not be saved
+    kReleaseFailed = 7,   ///< at least one release could not be installed or removed; the next cycle tries again
+    kRebootNeeded = 8     ///< all done, but a file in use is replaced or removed when Windows starts next
 };
 } // namespace updatecycle
 

@@ -8,6 +8,13 @@ namespace updatecycle
 {
 extern const char kUsage[];
 
+/// The permitted installation hours as a release takes them: local hours, an end above 24 runs past midnight.
+struct Hours
+{
+    int start = 0;
+    int end = 0;
+};
+
 /// The command line. What is not given comes from the client's registry settings.
 struct Options
 {
@@ -15,6 +22,9 @@ struct Options
     std::string url;           ///< of the product list, instead of the one built from server and certificate
     std::string certificateId; ///< may be empty: the releases are local ones then
     std::string dataFolder;
+    std::string holdFile; ///< only keep this file open
+    std::optional<Hours> hours;
+    bool listOnly = false;
     bool help = false;
 };
 

@@ -1,5 +1,7 @@
 #include "ReleaseTable.h"
 
+#include "Action.h"
+
 #include <algorithm>
 #include <array>
 #include <cstdio>
@@ -11,12 +13,6 @@ namespace updatecycle
 namespace
 {
 using Row = std::array<std::string, 6>;
-
-const char* actionWord(int action)
-{
-    static const char* const kWords[] = {"install", "remove", "reinstall", "disable"};
-    return action >= 0 && action < 4 ? kWords[action] : "?";
-}
 
 std::string dateText(__int64 seconds)
 {

@@ -1,14 +1,10 @@
-// updatecycle.exe: a host that drives the first half of an update cycle. See kUsage for its command line.
+// updatecycle.exe: a host that drives an update cycle, as an update service would. See kUsage for its command line.
 
+#include "Cycle.h"
 #include "EventLogView.h"
-#include "ExitCodes.h"
+#include "Holder.h"
 #include "Options.h"
-#include "Progress.h"
-#include "ReleaseList.h"
-#include "ReleaseRecords.h"
-#include "ReleaseTable.h"
-
-#include <7xAutoUpdateTools.h>
+#include "Settings.h"
 
 #include <windows.h>
 
@@ -17,20 +13,10 @@
 
 #include <cstdio>
 #include <exception>
-#include <filesystem>
-#include <optional>
-#include <string>
 
 namespace
 {
 using namespace updatecycle;
-
-enum EventType : unsigned long
-{
-    kInfo = 0,
-    kPhase1Start = 3,
-    kPhase1End = 6
-};
 
 /// The library wants COM initialised on the thread that uses XML documents.
 class ComApartment
@@ -49,114 +35,6 @@ private:
     const HRESULT m_status;
 };
 
-/// What the cycle works with, once command line and registry are put together.
-struct Settings
-{
-    std::string server;
-    std::string url;
-    std::string certificateId;
-    std::string dataFolder;
-};
-
-/// Stores what the command line gives, and takes the rest from where an earlier run or the installer stored it.
-std::optional<Settings> makeSettings(const Options& options)
-{
-    if (!options.server.empty() && !SetWebServer(options.server.c_str(), nullptr))
-    {
-        std::printf("The server cannot be stored in the client's settings.\n");
-        return std::nullopt;
-    }
-    CRegAutoUpdate client(false);
-    if (!options.dataFolder.empty())
-        client.SetDataPath(options.dataFolder.c_str());
-    Settings settings;
-    settings.dataFolder = client.GetDataPath();
-    settings.certificateId = options.certificateId;
-    std::error_code error;
-    if (!settings.dataFolder.empty())
-        std::filesystem::create_directories(settings.dataFolder, error);
-    if (settings.dataFolder.empty() || !std::filesystem::is_directory(settings.dataFolder, error))
-    {
-        std::printf("There is no data folder%s%s; name one with --data.\n", settings.dataFolder.empty() ? "" : ": ",
-                    settings.dataFolder.c_str());
-        return std::nullopt;
-    }
-
-    DataExchange request;
-    if (options.url.empty() && !GetWebServer(request.m_host, nullptr))
-    {
-        std::printf("No Web Configurator is known; name one with --server.\n");
-        return std::nullopt;
-    }
-    settings.server = request.m_host;
-    std::snprintf(request.m_certificateId, sizeof request.m_certificateId, "%s", options.certificateId.c_str());
-    std::snprintf(request.m_productName, sizeof request.m_productName, "Automatic Update");
-    request.UpdateVersions(); // without an installed client the versions stay empty, and the page does not need them
-    settings.url = options.url.empty() ? request.ConstructURL("wcfgGetProductList.asp") : String(options.url.c_str());
-    return settings;
-}
-
-void printFailure()
-{
-    std::printf("  %s: status %d, in %s, on %s\n", static_cast<const char*>(result->GetAction()),
-                result->GetStatusCode(), static_cast<const char*>(result->GetFunction()),
-                static_cast<const char*>(result->GetObjectA()));
-}
-
-/// Fetches the list and leaves it in `list`.
-ExitCode fetch(phase1xml& list)
-{
-    // The client's own transfer settings, once it is installed; the download library's before that.
-    CConfig config;
-    std::error_code error;
-    const bool installed = std::filesystem::exists(static_cast<const char*>(config.GetConfigDataFile()), error);
-    const bool configured = installed && config.GetValues();
-    int fetched = 0;
-    {
-        const Progress progress("Downloading the product list");
-        fetched = list.GetXMLDoc(configured ? &config : nullptr);
-    }
-    if (fetched == 1)
-        return kDone;
-    const int status = result->GetStatusCode();
-    const bool notUnderstood = status == 500 || status == 554;
-    std::printf(notUnderstood ? "What the server sent is no product list.\n" : "No product list came.\n");
-    printFailure();
-    if (status == 551)
-        return kUnexpected;
-    return notUnderstood ? kBadAnswer : kNoAnswer;
-}
-
-ExitCode runCycle(const Settings& settings)
-{
-    Log(kPhase1Start, "Update cycle: product list from %s", settings.url.c_str());
-    phase1xml list(settings.url.c_str());
-    const ExitCode fetched = fetch(list);
-    if (fetched != kDone)
-        return fetched;
-
-    ReleaseList releases;
-    if (list.ParseXMLDocument(releases.get(), settings.certificateId.c_str()) != 1)
-    {
-        std::printf("The answer has no product list.\n");
-        return kBadAnswer;
-    }
-    std::printf("%d releases, list number %lu, country %s\n", releases.count(), list.GetModifCounter(),
-                CRegAutoUpdate(true).GetCountryCode());
-    bool saved = true;
-    if (releases.count() > 0)
-    {
-        std::printf("\n");
-        printTable(releases);
-        std::printf("\nRelease records\n");
-        saved = saveRecords(releases, settings.dataFolder);
-    }
-    else
-        std::printf("The server has nothing for this workstation.\n");
-    Log(kPhase1End, "Update cycle: %d releases", releases.count());
-    return saved ? kDone : kRecordsNotSaved;
-}
-
 int run(const Options& options)
 {
     const EventLogView log;
@@ -170,7 +48,7 @@ int run(const Options& options)
     try
     {
         const ComApartment com;
-        code = runCycle(*settings);
+        code = runCycle(*settings, options.listOnly);
     }
     catch (const _com_error& error)
     {
@@ -193,7 +71,7 @@ int main(int argc, char** argv)
             std::printf("%s%s%s", complaint.c_str(), complaint.empty() ? "" : "\n", kUsage);
             return options ? kDone : kBadUsage;
         }
-        return run(*options);
+        return options->holdFile.empty() ? run(*options) : holdFile(options->holdFile);
     }
     catch (const std::exception& error)
     {
