@@ -1,0 +1,298 @@
+#!/bin/bash
+# cycles.sh <build tree> <prefix> [updatecycle options]: runs what has been built in a Windows prefix made afresh.
+#
+# Without options: five update cycles of one workstation, and a restart of its Windows. Each is checked in what it printed,
+# in the files and in the registry; the exit status is 0 only when every cycle did what it claims.
+# With options, or with CYCLE_RULE, which makes the sample Web Configurator misbehave: one cycle with them, whose exit
+# status is the host's (see updatecycle --help).
+#
+# The prefix stays, to be looked into with tests/support/wine/wine-run.sh.
+set -u
+if [ $# -lt 2 ]; then
+    sed -n '2,/^set -u/{/^#/s/^# \{0,1\}//p}' "$0" >&2
+    exit 2
+fi
+source=$(dirname "$(dirname "$(readlink -f "$0")")")
+wine=$source/tests/support/wine
+tree=$(readlink -f "$1")
+prefix=$2
+shift 2
+export AUTOOLS_WINE_CACHE="${AUTOOLS_WINE_CACHE:-$tree/wine/cache}" AUTOOLS_HEAP_CHECKS="${AUTOOLS_HEAP_CHECKS:-0}"
+certificate=UzFNUExFLUNJRC0x
+
+mkdir -p "$(dirname "$prefix")"
+exec 9>"$prefix.lock"
+flock -n 9 || {
+    echo "another run works in $prefix"
+    exit 1
+}
+work=$(mktemp -d)
+cleanUp()
+{
+    exec 7>&- 8>&-
+    "$wine/prefix.sh" stop "$prefix" 9>&-
+    rm -rf "$work"
+}
+
+step()
+{
+    printf '\n== %s\n' "$*"
+}
+
+# windows <program> [arguments]: what it leaves running must not keep the other ends of the pipes (7, 8) open.
+windows()
+{
+    "$wine/wine-run.sh" "$prefix" "$@" 7>&- 8>&- 9>&-
+}
+
+makeWindows()
+{
+    local current='HKLM\Software\Microsoft\Windows\CurrentVersion' programs='C:\Program Files (x86)'
+    step "Windows prefix"
+    "$wine/prefix.sh" remove "$prefix" 9>&- || exit 1
+    trap cleanUp EXIT
+    "$wine/prefix.sh" create "$prefix" "$tree/bin/msxmlfront.dll" 9>&- || exit 1
+    # What the emulated Windows lacks: the folders of 32-bit programs in their view, and the key of the shared counts.
+    {
+        windows reg add "$current" /reg:32 /f /v ProgramFilesDir /d "$programs" &&
+            windows reg add "$current" /reg:32 /f /v CommonFilesDir /d "$programs\\Common Files" &&
+            windows reg add "$current\\SharedDLLs" /f
+    } </dev/null >/dev/null || exit 1
+    echo "$prefix"
+}
+
+# startServer <rule>...: it serves until its input ends, and says on which port before anything else.
+startServer()
+{
+    local rules=() rule line
+    for rule in "$@"; do
+        rules+=(--rule "$rule")
+    done
+    rm -f "$work/server.in"
+    mkfifo "$work/server.in"
+    : >"$work/requests"
+    windows "$tree/bin/webconfigurator.exe" --templates "Z:$source/examples/webconfigurator/templates" \
+        --depot "Z:$tree/depot" "${rules[@]}" <"$work/server.in" >"$work/requests" &
+    server=$!
+    exec 8>"$work/server.in"
+    line=$(firstLine "$work/requests" "$server")
+    port=${line#port }
+    if [ "$line" = "$port" ]; then
+        echo "the Web Configurator did not start"
+        exit 1
+    fi
+}
+
+stopServer()
+{
+    exec 8>&-
+    wait "$server"
+}
+
+# firstLine <file> <process that writes it>: waits for it.
+firstLine()
+{
+    local tries
+    for ((tries = 0; tries < 300; ++tries)); do
+        [ "$(wc -l <"$1")" = 0 ] || break
+        kill -0 "$2" 2>/dev/null || break
+        sleep 0.1
+    done
+    head -n 1 "$1" | tr -d '\r'
+}
+
+# host <options>: one run of the host, shown and kept in $work/output; its exit code is left in $code.
+host()
+{
+    windows "$tree/bin/updatecycle.exe" --server "127.0.0.1:$port" --cid $certificate --data 'C:\Velmora\Data' "$@" \
+        </dev/null | sed -u 's/\r$//' | tee "$work/output"
+    code=${PIPESTATUS[0]}
+}
+
+# -- one cycle, as asked for
+
+if [ $# -gt 0 ] || [ -n "${CYCLE_RULE:-}" ]; then
+    makeWindows
+    startServer ${CYCLE_RULE:+"$CYCLE_RULE"} "query.CertificateID=$certificate, file=cycle/install.xml, page=wcfgGetProductList.asp"
+    step "Update cycle"
+    host "$@"
+    stopServer
+    step "What the Web Configurator was asked"
+    cat "$work/requests"
+    step "Exit code $code"
+    exit "$code"
+fi
+
+# -- the five cycles
+
+wrong=0
+# claim <what> <command...>: one thing that must be so.
+claim()
+{
+    local what=$1
+    shift
+    if "$@" >/dev/null 2>&1; then
+        echo "ok     $what"
+    else
+        echo "WRONG  $what"
+        wrong=$((wrong + 1))
+    fi
+}
+
+# cycle <title> <product list> <exit code> [updatecycle options]
+cycle()
+{
+    local title=$1 list=$2 expected=$3
+    shift 3
+    step "$title"
+    startServer "page=wcfgGetProductList.asp, file=cycle/$list"
+    host "$@"
+    stopServer
+    machine
+    echo
+    claim "exit code $expected" [ "$code" = "$expected" ]
+}
+
+clientKey='HKEY_LOCAL_MACHINE\Software\Velmora'
+sharedKey='HKEY_LOCAL_MACHINE\Software\Microsoft\Windows\CurrentVersion\SharedDLLs'
+classKey='HKEY_LOCAL_MACHINE\Software\Classes\CLSID\{6E0F1C52-58D5-4B0E-9A57-2F6C3B8D1E40}'
+pendingKey='HKEY_LOCAL_MACHINE\System\CurrentControlSet\Control\Session Manager'
+drive=$prefix/drive_c
+programs="$drive/Program Files (x86)/Velmora"
+words="$drive/Program Files (x86)/Common Files/Velmora/Words"
+reports="$drive/Program Files/Velmora Reports"
+
+# What the machine looks like now, in $work/machine: the installed files and what the registry says of them.
+machine()
+{
+    {
+        find "$programs" "$words" "$reports" -type f -printf '%p\n' 2>/dev/null | sed "s|^$drive/|C:/|" | sort
+        local key
+        for key in "$clientKey\\7xAutoUpdate\\Products" "$clientKey\\7xAutoUpdate\\Components" "$clientKey\\Reports" \
+            "$clientKey\\7xAutoUpdate\\Data" "$sharedKey" "$classKey"; do
+            ! windows reg query "$key" /s </dev/null >"$work/key" 2>/dev/null || tr -d '\r' <"$work/key" | grep .
+        done
+    } >"$work/machine"
+}
+
+printed()
+{
+    grep -qF -- "$1" "$work/output"
+}
+there()
+{
+    grep -qF -- "$1" "$work/machine"
+}
+notThere()
+{
+    ! there "$1"
+}
+# value <name> <data>: some key that is shown has this value.
+value()
+{
+    grep -qE "^ *$1 +REG_[A-Z]+ +$2\$" "$work/machine"
+}
+sameAs()
+{
+    cmp "$tree/depot/$1" "$2"
+}
+asLastTime()
+{
+    cmp "$work/machine.before" "$work/machine"
+}
+remember()
+{
+    cp "$work/machine" "$work/machine.before"
+}
+pendingMoves()
+{
+    windows reg query "$pendingKey" /v PendingFileRenameOperations </dev/null 2>/dev/null | tr -d '\r' | grep REG_
+}
+
+makeWindows
+
+cycle "Cycle 1: two products are installed" install.xml 0
+claim "both products were missing" [ "$(grep -c '^  decided      now: not installed' "$work/output")" = 2 ]
+claim "LedgerCore went where programs go: the registry names no folder for it" \
+    sameAs LedgerCore/7.0.12B1_EN/ledger.txt "$programs/Ledger/ledger.txt"
+claim "ReportTemplates went where the registry says" \
+    sameAs ReportTemplates/2.4.3P1_EN/balance.txt "$reports/Templates/balance.txt"
+claim "the installer of Reports ran" [ -f "$reports/reports.txt" ]
+claim "the COM server is registered" there 'C:\Program Files (x86)\Velmora\Ledger\Bin\LedgerServer.dll'
+claim "the word list is there once and counted twice" value '.*words.txt' 0x2
+claim "both products are recorded" eval "value Version 7.0.12B1 && value Version 2.4.3P1"
+claim "their certificate is kept with them" value "$certificate" "$certificate"
+step "What the machine looks like after cycle 1"
+cat "$work/machine"
+remember
+
+cycle "Cycle 2: nothing is necessary" install.xml 0
+claim "Ledger is what is asked for" \
+    printed 'decided      nothing to do: installed 7.0.12B1_EN is what is asked for, with all its components'
+claim "Reports is what is asked for" \
+    printed 'decided      nothing to do: installed 2.4.3P1_EN is what is asked for, with all its components'
+claim "the machine is as it was" asLastTime
+
+step "Somebody works with the ledger"
+mkfifo "$work/holder.in"
+: >"$work/holding"
+windows "$tree/bin/updatecycle.exe" --hold 'C:\Program Files (x86)\Velmora\Ledger\ledger.txt' \
+    <"$work/holder.in" >"$work/holding" &
+holder=$!
+exec 7>"$work/holder.in"
+firstLine "$work/holding" $holder
+
+cycle "Cycle 3: a new build of a file that is in use" new-build.xml 8
+claim "the new build was the reason" \
+    printed 'decided      now: component LedgerCore: component build changed: installed 7.0.12B1, asked 7.0.12B2'
+claim "the file in use is put off" printed 'ledger.txt is in use, replaced when Windows starts next'
+claim "the event log says so" \
+    printed 'Warning       Reboot Needed: C:\Program Files (x86)\Velmora\Ledger\ledger.txt'
+claim "the old file is still there" sameAs LedgerCore/7.0.12B1_EN/ledger.txt "$programs/Ledger/ledger.txt"
+claim "Windows knows what to do" eval "pendingMoves | grep -F ledger.txt"
+step "Windows restarts"
+exec 7>&-
+"$wine/prefix.sh" restart "$prefix" 9>&- || exit 1
+wait "$holder"
+machine
+claim "the new file is there" sameAs LedgerCore/7.0.12B2_EN/ledger.txt "$programs/Ledger/ledger.txt"
+claim "nothing is left to do at a restart" eval "! pendingMoves"
+claim "no temporary file is left" eval "! ls '$drive'/*.tmp"
+claim "the new build is recorded" value ComponentVersion 7.0.12B2
+remember
+
+# Hours that begin in two hours and end in four.
+hour=$(. "$wine/environment.sh" && date +%-H)
+later=$(((hour + 2) % 24))-$(((hour + 4) % 24))
+cycle "Cycle 4: a new release outside the installation hours" new-release.xml 0 --hours "$later"
+claim "Reports waits for its hours" printed \
+    "decided      later: outside the installation hours $later (installed 2.4.3P1_EN, asked 2.4.3P2_EN: differs)"
+claim "the event log says so" \
+    printed "Installation authorized only during ${later%-*} and ${later#*-} o'clock - Pending"
+claim "Ledger has nothing to wait for" \
+    printed 'decided      nothing to do: installed 7.0.12B1_EN is what is asked for, with all its components'
+claim "the release file waits, too" [ -f "$drive/Velmora/Data/Reports.lst" ]
+claim "the old templates are still there" \
+    sameAs ReportTemplates/2.4.3P1_EN/balance.txt "$reports/Templates/balance.txt"
+claim "the old release is still recorded" value Version 2.4.3P1
+
+cycle "Cycle 5: both products are removed" remove.xml 0
+claim "the installed releases are the ones to remove" \
+    [ "$(grep -cE 'decided      now: installed (7.0.12B1|2.4.3P1)_EN is the one to remove' "$work/output")" = 2 ]
+claim "the word list stayed for the second product" printed 'words.txt is used by 1'
+claim "its files are gone" eval "! find '$programs' '$words' '$reports' -type f | grep ."
+claim "the folders of the products are gone" eval "[ ! -e '$programs/Ledger' ] && [ ! -e '$reports' ]"
+claim "the COM server is no longer registered" notThere LedgerServer
+claim "the shared count is gone" notThere words.txt
+claim "neither products nor components are recorded" eval "notThere Ledger && notThere Report && notThere Wordlist"
+claim "no release file is left" eval "! ls '$drive'/Velmora/Data/*.lst"
+claim "no component is kept" eval "! find '$drive/Velmora/Data/Components' -type f | grep ."
+step "What the machine looks like after cycle 5"
+cat "$work/machine"
+
+step "Result"
+if [ $wrong != 0 ]; then
+    echo "$wrong things are not as they should be"
+    exit 1
+fi
+echo "all five cycles did what they claim"
