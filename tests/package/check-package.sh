@@ -44,7 +44,7 @@ without_tests)
         echo "the library itself is not among the targets"
         exit 1
     fi
-    if grep -E '_tests|gtest|autools_test_support|msxmlfront|webconfigurator|updatecycle' <<<"$targets"; then
+    if grep -E '_tests|gtest|autools_test_support|msxmlfront|autoupdatesrv|webconfigurator|updatecycle' <<<"$targets"; then
         echo "these belong to the tests and the examples"
         exit 1
     fi
