@@ -29,7 +29,8 @@ constexpr IID kAutoUpdateServerInterface = {
 /// No certificate ID holds it.
 constexpr char kCIDSeparator = ';';
 
-/// Starts the server, or finds the one that runs. The calling thread must have initialised COM.
+/// Starts the server, or finds the one that runs. The calling thread must have initialised COM. This and each call wait
+/// as long as the server takes; a server that is gone fails at once.
 inline HRESULT createAutoUpdateServer(AutoUpdateServerPtr& server)
 {
     return ::CoCreateInstance(kAutoUpdateServerClass, nullptr, CLSCTX_LOCAL_SERVER, kAutoUpdateServerInterface,

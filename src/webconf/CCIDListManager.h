@@ -8,8 +8,11 @@
 /// The certificate IDs (CIDs) under which this workstation asks the Web Configurator.
 ///
 /// They come from the Web Configurator by the hardware ID, from the client's local server, from the personal
-/// certificate stores of machine and user, and from the registry; revoked ones are dropped. The layout is part of the
-/// exported interface. Not thread-safe.
+/// certificate stores of machine and user, and from the registry; revoked ones are dropped. Certificate IDs are
+/// compared without regard to case. The layout is part of the exported interface. Not thread-safe.
+///
+/// Gathering asks other processes, the Web Configurator and the logged-on user's store, and takes as long as they do.
+/// It works on any thread, and leaves COM and the thread's identity there as they were.
 class AUTOOLS_API CCIDListManager
 {
 public:
@@ -18,10 +21,12 @@ public:
     CCIDListManager& operator=(const CCIDListManager& other);
     virtual ~CCIDListManager();
 
-    /// Gathers the list; non-zero when there is one. With `emptyCID` the list is one empty CID.
+    /// Gathers the list anew; non-zero when there is one. With `emptyCID` the list is one empty CID. A walk begins
+    /// again.
     int InitManager(bool emptyCID);
     /// Null when absent or not initialised.
     POSITION FindCIDInList(const String& certificateId);
+    /// 0 when not initialised.
     int GetCIDsCount();
 
     /// The walk: `InitCIDLoop`, then `GetNextCID` until `IsEndOfTheListReached`.
@@ -30,7 +35,7 @@ public:
     int IsEndOfTheListReached();
 
     /// 1 when a test CID is configured and in the list: it then comes first, or alone with a non-zero argument. A
-    /// configured CID that is not in the list deliberately makes the manager uninitialised.
+    /// configured CID that is not in the list deliberately makes the manager uninitialised and gives 0.
     int IsTestCIDSet(int alone);
     /// The same for the deployment CID, which then comes first.
     int IsDeploymentCIDSet();
