@@ -118,7 +118,7 @@ if [ $# -gt 0 ] || [ -n "${CYCLE_RULE:-}" ]; then
     host "$@"
     stopServer
     step "What the Web Configurator was asked"
-    cat "$work/requests"
+    tail -n +2 "$work/requests"
     step "Exit code $code"
     exit "$code"
 fi

@@ -10,10 +10,9 @@ namespace
 {
 constexpr int kClientInstaller = 8; // understands /AU_INSTALL and /AU_REMOVE
 
-bool say(bool done, const char* what, const RT_File& file)
+bool say(bool done, const char* what, RT_File& file)
 {
-    RT_File copy(file);
-    componentStep(done ? what : "failed", done ? std::string(copy.GetFullPath()) : lastFailure());
+    componentStep(done ? what : "failed", done ? std::string(file.GetFullPath()) : lastFailure());
     return done;
 }
 

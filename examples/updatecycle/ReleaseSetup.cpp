@@ -26,10 +26,10 @@ std::string folderOf(const std::string& product)
 }
 
 /// One component of a release that is installed or only brought in advance, and what is to be done with it.
-class Step
+class ComponentJob
 {
 public:
-    Step(CComponent& component, const CRelease& release) : m_component(component), m_product(release.GetName())
+    ComponentJob(CComponent& component, const CRelease& release) : m_component(component), m_product(release.GetName())
     {
         m_forced = release.GetAction() == kForceReinstall || component.GetAction() == kForceReinstall;
         m_installs = component.GetAction() == kInstall || component.GetAction() == kForceReinstall;
@@ -76,9 +76,9 @@ Outcome install(const CRelease& release, const Settings& settings, const Transfe
     const auto& components = release.GetComponentList();
     for (POSITION position = components.GetHeadPosition(); position != nullptr;)
     {
-        const Step step(*components.GetNext(position), release);
-        step.announce();
-        if (!(onlyBring ? step.bring(setup) : step.carryOut(setup)))
+        const ComponentJob job(*components.GetNext(position), release);
+        job.announce();
+        if (!(onlyBring ? job.bring(setup) : job.carryOut(setup)))
             return Outcome::failed;
     }
     if (onlyBring)

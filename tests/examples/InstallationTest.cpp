@@ -55,7 +55,13 @@ protected:
     void serveLedger(const std::string& components, const std::string& action = "INSTALL",
                      const std::string& further = "")
     {
-        std::string body = "<r><Data><NewData><ProductList><Product><Name>Ledger</Name><Language>EN</Language>"
+        serveProduct("Ledger", components, action, further);
+    }
+    void serveProduct(const std::string& product, const std::string& components, const std::string& action = "INSTALL",
+                      const std::string& further = "")
+    {
+        std::string body = "<r><Data><NewData><ProductList><Product><Name>" + product +
+                           "</Name><Language>EN</Language>"
                            "<Version>7.0.12</Version><Build>B1</Build><Action>" +
                            action + "</Action>" + further + "<ComponentList>" + components +
                            "</ComponentList></Product></ProductList></NewData></Data></r>";
@@ -149,6 +155,20 @@ TEST_F(Installation, ASharedComponentIsInstalledOnceAndCountedForEachProduct)
     EXPECT_EQ("1.2.0B1", componentText("Wordlist\\Shared", "ComponentVersion"));
     EXPECT_EQ(1u, registry.readNumber("Components\\Wordlist\\Ledger", "Shared"));
     EXPECT_EQ(1u, registry.readNumber("Components\\Wordlist\\Reports", "Shared"));
+}
+
+TEST_F(Installation, AnOlderLevelOfASharedComponentIsReplacedByTheInstalledOne)
+{
+    const char* const shared = "<Shared>True</Shared>";
+    serveProduct("Ledger", component("Wordlist", "1.2.0", "B1", "INSTALL", shared));
+    ASSERT_EQ(0u, cycle());
+    serveProduct("Reports", component("Wordlist", "1.1.0", "B1", "INSTALL", shared)); // the depot has no such level
+    EXPECT_EQ(0u, cycle());
+    expectOutput(text({"  Wordlist 1.2.0B1_EN: install, shared",
+                       "    decided      nothing to do: installed 1.2.0B1 is what is asked for",
+                       "    shared       " + kWords + "\\words.txt is used by 2"}));
+    EXPECT_EQ("7.0.12B1", productVersion("Reports"));
+    EXPECT_EQ("1.2.0B1", componentText("Wordlist\\Shared", "ComponentVersion"));
 }
 
 TEST_F(Installation, AnInstallerChoosesTheFolderThatALaterComponentFindsInTheRegistry)
