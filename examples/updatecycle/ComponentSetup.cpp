@@ -104,7 +104,7 @@ std::string ComponentSetup::folderOf(const Description& description, const std::
         return level; // it works from there and knows itself where its files go
     RT_PathExpression expression("Path", description.path.c_str(), m_productFolder.c_str());
     const String value = expression.Evaluate();
-    const std::string folder = static_cast<const char*>(RT_Dir(value).GetFullPath());
+    std::string folder = static_cast<const char*>(RT_Dir(value).GetFullPath());
     if (folder.empty() || folder.find_first_of("{}%;") != std::string::npos)
     {
         componentStep("failed", "its path leads nowhere: " + description.path);

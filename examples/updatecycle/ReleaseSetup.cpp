@@ -18,7 +18,7 @@ namespace
 /// Where the product lives: where it was installed, or where products of the maker go.
 std::string folderOf(const std::string& product)
 {
-    const std::string recorded = CRegProduct(product.c_str(), true).GetPath();
+    std::string recorded = CRegProduct(product.c_str(), true).GetPath();
     if (!recorded.empty())
         return recorded;
     const std::string expression = "%VelmoraPath%\\" + product + ";%ProgramFilesDir%\\Velmora\\" + product;
