@@ -97,7 +97,9 @@ int registerInProcess(const char* path)
 
 bool isCrash(int exitCode)
 {
-    // Only an exception of the system has both top bits set, but for -1, which says that the tool did not start.
-    return exitCode != -1 && static_cast<unsigned int>(exitCode) >= 0xC0000000U;
+    // Exceptions of the system begin with 0xC, those of a language's runtime with 0xE. What begins with 0xF is a
+    // negative number of a tool's own, among them the -1 of one that did not start.
+    const unsigned int code = static_cast<unsigned int>(exitCode);
+    return code >= 0xC0000000U && code < 0xF0000000U;
 }
 } // namespace aut

@@ -267,14 +267,16 @@ TEST_F(RegistrationTest, ALibraryThatCrashesTheToolIsNotLoadedHere)
 TEST_F(RegistrationTest, OnlyACrashOfTheToolKeepsTheLibraryOut)
 {
     const std::string path = copy("comserver.dll", "server.dll");
-    for (const int outcome : {1, 3, 5, -1, static_cast<int>(0x80004005U), 0x40000015, 0x7FFFFFFF})
+    for (const int outcome :
+         {1, 3, 5, -1, -2, -21, static_cast<int>(0xF0000000U), static_cast<int>(0x80004005U), 0x40000015, 0x7FFFFFFF})
     {
         forget();
         const SpawnRecorder spawns(outcome);
         EXPECT_TRUE(registers(path)) << outcome;
         EXPECT_EQ((Lines{"register host STA"}), recorded()) << outcome;
     }
-    for (const int outcome : {kCrash, static_cast<int>(0xC0000000U), static_cast<int>(0xE06D7363U)})
+    for (const int outcome :
+         {kCrash, static_cast<int>(0xC0000000U), static_cast<int>(0xE06D7363U), static_cast<int>(0xEFFFFFFFU)})
     {
         forget();
         const SpawnRecorder spawns(outcome);
