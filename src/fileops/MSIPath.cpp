@@ -1,11 +1,11 @@
 #include "fileops/MSIPath.h"
 
+#include "platform/ComApartment.h"
 #include "platform/ComValues.h"
 #include "platform/WideText.h"
 
 #include <windows.h>
 
-#include <objbase.h>
 #include <wrl/client.h>
 
 #include <algorithm>
@@ -19,24 +19,6 @@ namespace
 {
 constexpr CLSID kInstallerClass = {0x000C1090, 0x0000, 0x0000, {0xC0, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x46}};
 constexpr DISPID kComponentPath = 31;
-
-/// COM for the calling thread while this lives. A thread that is in a single-threaded apartment already stays there:
-/// COM refuses, is not counted again and works nevertheless.
-class ComForThread
-{
-public:
-    ComForThread() noexcept : m_initialised(SUCCEEDED(::CoInitializeEx(nullptr, COINIT_MULTITHREADED))) {}
-    ~ComForThread()
-    {
-        if (m_initialised)
-            ::CoUninitialize();
-    }
-    ComForThread(const ComForThread&) = delete;
-    ComForThread& operator=(const ComForThread&) = delete;
-
-private:
-    bool m_initialised;
-};
 
 aut::UniqueBstr bstrOf(const String& text)
 {
@@ -100,7 +82,7 @@ String MSIEvaluatePath(const String& text)
         return String();
     try
     {
-        const ComForThread com;
+        const aut::ComApartment com;
         aut::UniqueVariant answer;
         if (FAILED(askForComponentPath(product, component, answer.put())) || answer.get().vt != VT_BSTR)
             return String();

@@ -3,13 +3,12 @@
 #include "fileops/ExecCommand.h"
 #include "fileops/ProgramSearch.h"
 #include "foundation/RT_RESULT.h"
+#include "platform/ComApartment.h"
 #include "platform/EntryPoint.h"
 #include "platform/QueriedText.h"
 #include "platform/UniqueResource.h"
 
 #include <windows.h>
-
-#include <objbase.h>
 
 #include <string>
 
@@ -20,23 +19,6 @@ namespace
 constexpr int kNotLoaded = -21;
 constexpr int kNoEntryPoint = -22;
 constexpr int kCallFailed = -23;
-
-/// The calling thread in a COM apartment; one that it is in already, of whatever kind, will do.
-class Apartment
-{
-public:
-    Apartment() : m_entered(::CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED)) {}
-    Apartment(const Apartment&) = delete;
-    Apartment& operator=(const Apartment&) = delete;
-    ~Apartment()
-    {
-        if (SUCCEEDED(m_entered))
-            ::CoUninitialize();
-    }
-
-private:
-    HRESULT m_entered;
-};
 
 /// Loads without the loader's message boxes, which nobody would answer in a service. The error mode is the whole
 /// process's: every Windows has this one, unlike that of the thread.
@@ -78,7 +60,7 @@ int selfRegistration(const char* path, bool registering)
 
 int registerInProcess(const char* path)
 {
-    const Apartment apartment; // outlives the library
+    const ComApartment apartment(COINIT_APARTMENTTHREADED); // as in the tool; outlives the library
     const UniqueModule library = loadSilently(path);
     if (!library)
         return kNotLoaded;

@@ -10,12 +10,16 @@ namespace aut
 /// COM for the calling thread, however its owner initialised it or not, until the end of the block.
 ///
 /// A thread without COM joins the multithreaded apartment, in which nobody need pump messages while it waits. One that
-/// is in a single-threaded apartment stays there: COM refuses to change it and works nevertheless. Declare it before
-/// whatever points to COM objects, so that they are released first.
+/// is in an apartment already stays there: when it is of another kind, COM refuses to change it and works nevertheless.
+/// Declare it before whatever points to COM objects, so that they are released first.
 class ComApartment
 {
 public:
-    ComApartment() noexcept : m_entered(SUCCEEDED(::CoInitializeEx(nullptr, COINIT_MULTITHREADED))) {}
+    /// `kind` is what a thread without COM joins, for code that wants a single-threaded apartment.
+    explicit ComApartment(DWORD kind = COINIT_MULTITHREADED) noexcept
+        : m_entered(SUCCEEDED(::CoInitializeEx(nullptr, kind)))
+    {
+    }
     ComApartment(const ComApartment&) = delete;
     ComApartment& operator=(const ComApartment&) = delete;
     ~ComApartment()
