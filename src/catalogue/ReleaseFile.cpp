@@ -6,6 +6,20 @@
 
 #include <windows.h>
 
+#include <cstring>
+
+namespace
+{
+/// Windows takes some names for devices in every folder and with every extension; which ones, only it knows. What is
+/// written to one is lost.
+bool isDevice(const char* path)
+{
+    char full[MAX_PATH] = "";
+    const DWORD length = ::GetFullPathNameA(path, MAX_PATH, full, nullptr);
+    return length < MAX_PATH && std::strncmp(full, "\\\\.\\", 4) == 0;
+}
+} // namespace
+
 namespace aut
 {
 bool isReleaseName(const char* name) { return *name != '\0' && isPlainName(name); }
@@ -19,7 +33,7 @@ String releaseFile(const char* name, bool local)
         return String();
     String path;
     path.Format("%s\\%s%s.lst", folder, local ? "local_" : "", name);
-    return path.GetLength() < MAX_PATH ? path : String();
+    return path.GetLength() < MAX_PATH && !isDevice(path) ? path : String();
 }
 
 void deleteReleaseFile(const char* name, bool local)

@@ -12,7 +12,8 @@ namespace aut
 bool isReleaseName(const char* name);
 
 /// The file in the client's data folder that keeps a release between cycles; one without certificate ID is local.
-/// Empty when the name has no file, the client has no data folder, or the path would not fit MAX_PATH.
+/// Empty when the name has no file or stands for a device, the client has no data folder, or the path would not fit
+/// MAX_PATH.
 String releaseFile(const char* name, bool local);
 /// Deletes it. That it is not there is no failure; any other is logged.
 void deleteReleaseFile(const char* name, bool local);

@@ -237,6 +237,23 @@ INSTANTIATE_TEST_SUITE_P(Names, ReleaseName,
                          ::testing::Values("..\\Editor", "../Editor", "..\\..\\..\\Editor", "a\\b", "a/b", "C:Editor",
                                            "C:\\Editor", "Editor:stream", "..", ".", ""));
 
+// Windows takes these for devices in every folder and with every extension.
+TEST_F(SaveConfigFileTest, ADevicesNameIsNoFile)
+{
+    for (const std::string name : {"NUL", "nul", "NUL.v2", "COM1", "prn"})
+    {
+        log.mark();
+        EXPECT_FALSE(save(name.c_str(), "CID-1"));
+        EXPECT_EQ((Events{{"Error", "SaveConfigFile: release " + name + " has no usable file name"}}), log.events());
+        expectNothingNoted();
+        EXPECT_TRUE(save((name + "1x").c_str(), "")) << name;
+        EXPECT_TRUE(data.exists("local_" + name + "1x.lst"));
+        EXPECT_TRUE(save(name.c_str(), "")) << "a local release's file has a prefix";
+        EXPECT_TRUE(data.exists("local_" + name + ".lst"));
+        registry.removeKey("Data");
+    }
+}
+
 TEST_F(SaveConfigFileTest, ANameWithBlanksAndPointsIsFine)
 {
     EXPECT_TRUE(save("Automatic Update 7.x", "CID-1"));
