@@ -1,5 +1,6 @@
 #include "catalogue/CertificateRecords.h"
 
+#include "catalogue/Actions.h"
 #include "catalogue/ReleaseFile.h"
 #include "catalogue/ReleaseLists.h"
 #include "foundation/EventLog.h"
@@ -36,11 +37,11 @@ void forgetLocalRelease(const char* name)
     aut::deleteReleaseFile(name, true);
 }
 
-void recordCertificate(CRegBase& certificates, const char* certificateId)
+void recordCertificate(CRegBase& certificates, const char* product, const char* certificateId)
 {
     // An empty one is no certificate; its value would be the key's default value.
-    if (*certificateId != '\0')
-        certificates.SetValue(certificateId, certificateId);
+    if (*certificateId != '\0' && !certificates.SetValue(certificateId, certificateId))
+        Log(2, "Certificate %s of product %s not recorded", certificateId, product);
 }
 
 /// Moves the certificate IDs of a release that is now installed to its product: the one it was installed under so far,
@@ -52,12 +53,12 @@ void recordInstalledCertificates(const CRelease& release)
     product.DeleteValue("CertificateID");
 
     CRegBase certificates(aut::kProductsKey, release.GetName(), "Certificates", false);
-    recordCertificate(certificates, previous);
+    recordCertificate(certificates, release.GetName(), previous);
     RT_List<String, String&> delivered;
     CRegBase(kDataKey, kDeliveries, release.GetName(), true).GetValues(delivered);
     for (POSITION at = delivered.GetHeadPosition(); at != nullptr;)
-        recordCertificate(certificates, delivered.GetNext(at));
-    recordCertificate(certificates, release.GetCertificateID());
+        recordCertificate(certificates, release.GetName(), delivered.GetNext(at));
+    recordCertificate(certificates, release.GetName(), release.GetCertificateID());
 }
 
 void forgetDelivery(const char* name)
@@ -143,8 +144,7 @@ void UpdateCertificatesForInstalledProduct(CRelease* release, bool installed)
         forgetLocalRelease(release->GetName());
         return;
     }
-    const int remove = 1;
-    if (release->GetAction() != remove && installed)
+    if (release->GetAction() != aut::kRemove && installed)
         recordInstalledCertificates(*release);
     forgetDelivery(release->GetName());
 }

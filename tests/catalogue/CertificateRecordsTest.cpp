@@ -288,6 +288,19 @@ TEST_F(ProcessedRelease, TheReleasesOwnCertificateIsKeptAlsoWithoutADelivery)
     EXPECT_FALSE(registry.keyExists("Data\\WebConf"));
 }
 
+TEST_F(ProcessedRelease, CertificatesThatTheRegistryDoesNotTakeAreLogged)
+{
+    const std::string name(210, 'n'); // fits the delivery's key, but not the longer one of the product's certificates
+    registry.write("Data\\WebConf\\" + name, "A", "A");
+    registry.write("Data\\WebConf\\" + name, "B", "B");
+    update(name.c_str(), "A", true);
+    const std::string end = " of product " + name + " not recorded";
+    EXPECT_EQ(
+        (Events{{"Error", "Certificate A" + end}, {"Error", "Certificate B" + end}, {"Error", "Certificate A" + end}}),
+        log.events());
+    EXPECT_FALSE(registry.keyExists("Data\\WebConf\\" + name));
+}
+
 TEST_F(ProcessedRelease, OneNotInstalledOnlyLosesItsRecords)
 {
     deliver("Editor", {"A", "B"});
