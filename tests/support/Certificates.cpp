@@ -20,6 +20,7 @@ HCERTSTORE openStore(Store store)
 std::vector<BYTE> encodedName(const Subject& subject)
 {
     std::vector<CERT_RDN_ATTR> values;
+    values.reserve(subject.size());
     for (const std::string& value : subject)
     {
         CERT_RDN_ATTR attribute{};
@@ -30,6 +31,7 @@ std::vector<BYTE> encodedName(const Subject& subject)
         values.push_back(attribute);
     }
     std::vector<CERT_RDN> parts;
+    parts.reserve(values.size());
     for (CERT_RDN_ATTR& attribute : values)
         parts.push_back({1, &attribute});
     CERT_NAME_INFO name{static_cast<DWORD>(parts.size()), parts.data()};

@@ -45,7 +45,7 @@ HRESULT addMethod(ICreateTypeInfo& info, UINT index, const Method& method)
     argument.paramdesc.wParamFlags = PARAMFLAG_FOUT | PARAMFLAG_FRETVAL;
 
     FUNCDESC description{};
-    description.memid = static_cast<MEMBERID>(index + 1);
+    description.memid = static_cast<MEMBERID>(index) + 1;
     description.funckind = FUNC_PUREVIRTUAL;
     description.invkind = INVOKE_FUNC;
     description.callconv = CC_STDCALL;
