@@ -2,6 +2,8 @@
 // 31). That is answered with the installer's own function, or as the test says; everything else is Wine's.
 #include "tests/fileops/msifront/Front.h"
 
+#include "tests/support/FrontFactory.h"
+
 #include <objbase.h>
 
 #include <oleauto.h>
@@ -15,7 +17,6 @@ constexpr DISPID kComponentPath = 31;
 constexpr int kInstalledLocal = 3;
 constexpr int kRunsFromSource = 4;
 
-using GetClassObject = HRESULT(WINAPI*)(REFCLSID, REFIID, void**);
 using GetComponentPath = int(WINAPI*)(const wchar_t*, const wchar_t*, wchar_t*, DWORD*);
 
 auttest::MsiFront g_front;
@@ -107,33 +108,18 @@ private:
     std::atomic<long> m_count = 1;
 };
 
-/// Lives as long as the module, so there is nothing to count.
-class Factory final : public IClassFactory
+class Factory final : public auttest::FrontFactory
 {
 public:
-    explicit Factory(IClassFactory* real) : m_real(real) {}
-    virtual ~Factory() = default;
+    using FrontFactory::FrontFactory;
 
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override
+private:
+    HRESULT create(IClassFactory& wine, IUnknown* outer, REFIID iid, void** object) override
     {
-        if (!IsEqualIID(iid, IID_IUnknown) && !IsEqualIID(iid, IID_IClassFactory))
-        {
-            *object = nullptr;
-            return E_NOINTERFACE;
-        }
-        *object = static_cast<IClassFactory*>(this);
-        return S_OK;
-    }
-    ULONG STDMETHODCALLTYPE AddRef() override { return 2; }
-    ULONG STDMETHODCALLTYPE Release() override { return 1; }
-
-    HRESULT STDMETHODCALLTYPE CreateInstance(IUnknown* outer, REFIID iid, void** object) override
-    {
-        *object = nullptr;
         if (FAILED(g_front.creation))
             return g_front.creation;
         IDispatch* real = nullptr;
-        const HRESULT made = m_real->CreateInstance(outer, IID_IDispatch, reinterpret_cast<void**>(&real));
+        const HRESULT made = wine.CreateInstance(outer, IID_IDispatch, reinterpret_cast<void**>(&real));
         if (FAILED(made))
             return made;
         auto* const installer = new (std::nothrow) Installer(real);
@@ -146,31 +132,12 @@ public:
         installer->Release();
         return asked;
     }
-    HRESULT STDMETHODCALLTYPE LockServer(BOOL lock) override { return m_real->LockServer(lock); }
-
-private:
-    IClassFactory* m_real;
 };
-
-Factory* makeFactory(REFCLSID classId)
-{
-    IClassFactory* real = nullptr;
-    if (FAILED(installerFunction<GetClassObject>("DllGetClassObject")(classId, IID_IClassFactory,
-                                                                      reinterpret_cast<void**>(&real))))
-        return nullptr;
-    return new (std::nothrow) Factory(real);
-}
 } // namespace
 
 extern "C" HRESULT WINAPI DllGetClassObject(REFCLSID classId, REFIID iid, void** object)
 {
-    static Factory* const factory = makeFactory(classId);
-    if (factory == nullptr)
-    {
-        *object = nullptr;
-        return CLASS_E_CLASSNOTAVAILABLE;
-    }
-    return factory->QueryInterface(iid, object);
+    return auttest::frontClassObject<Factory>("msi.dll", classId, iid, object);
 }
 
 extern "C" HRESULT WINAPI DllCanUnloadNow() { return S_FALSE; }
