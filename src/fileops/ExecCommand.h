@@ -13,7 +13,8 @@
 /// it is the handle of the process, which the caller closes. -1: no program was named, or it cannot be started.
 ///
 /// The process-wide current directory is another one until the program has started (ended, when waiting). It comes back
-/// in its short form.
+/// in its short form. Each call goes back to where it began: calls that overlap may leave the process in the folder of
+/// one of their programs.
 AUTOOLS_API int ExecCommand(char* commandLine, bool wait);
 
 #endif
