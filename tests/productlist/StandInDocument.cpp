@@ -118,6 +118,10 @@ HRESULT STDMETHODCALLTYPE documentSave(IXMLDOMDocument* self, VARIANT destinatio
 {
     return changes.saveStatus == S_OK ? systemTable.save(self, destination) : changes.saveStatus;
 }
+HRESULT STDMETHODCALLTYPE documentSelect(IXMLDOMDocument* self, BSTR path, IXMLDOMNode** out)
+{
+    return changes.selectStatus == S_OK ? systemTable.selectSingleNode(self, path, out) : changes.selectStatus;
+}
 HRESULT STDMETHODCALLTYPE documentParseError(IXMLDOMDocument* self, IXMLDOMParseError** out)
 {
     if (FAILED(changes.parseErrorStatus))
@@ -150,6 +154,7 @@ HRESULT STDMETHODCALLTYPE factoryCreate(IClassFactory*, IUnknown* outer, REFIID,
     changedTable.get_documentElement = documentElement;
     changedTable.get_parseError = documentParseError;
     changedTable.save = documentSave;
+    changedTable.selectSingleNode = documentSelect;
     document->lpVtbl = &changedTable;
     *out = document;
     return S_OK;
