@@ -1,6 +1,7 @@
 #include "fileops/RT_File.h"
 
 #include "fileops/RT_Dir.h"
+#include "fileops/WholeCopy.h"
 #include "foundation/EventLog.h"
 #include "foundation/RT_RESULT.h"
 
@@ -16,11 +17,9 @@ String targetIn(const char* directory, const String& fileName)
     return target;
 }
 
-bool copyOver(const char* source, const char* target) { return ::CopyFileA(source, target, FALSE) != FALSE; }
-
-bool copyToDisk(const char* source, const char* target)
+bool copyToDisk(const char* source, const char* target, const aut::FileStamp& before)
 {
-    if (!copyOver(source, target))
+    if (!aut::copyWhole(source, target, before))
         return false;
     FlushFile(target);
     return true;
@@ -51,6 +50,7 @@ bool RT_File::CopyTo(const char* directory, WHEN when)
     }
 
     const bool targetExists = IsFileExisting(directory);
+    const aut::FileStamp before = targetExists ? aut::FileStamp(target) : aut::FileStamp();
     RT_File targetFile(target);
     switch (when)
     {
@@ -60,7 +60,7 @@ bool RT_File::CopyTo(const char* directory, WHEN when)
             Log(2, "RT_File::CopyTo : Attribute modification of %s - failed", static_cast<const char*>(target));
             return false;
         }
-        if (copyOver(m_fullPath, target) || CopyFileAtNextReboot(target)) // deliberately without flushing
+        if (aut::copyWhole(m_fullPath, target, before) || CopyFileAtNextReboot(target)) // deliberately without flushing
             return true;
         // The source, where the branch below names the target: a deliberate asymmetry.
         Log(2, "RT_File::CopyTo : copy of %s - failed", static_cast<const char*>(m_fullPath));
@@ -70,7 +70,7 @@ bool RT_File::CopyTo(const char* directory, WHEN when)
     case WHEN_NEWER:
         if (!targetExists)
         {
-            if (copyToDisk(m_fullPath, target))
+            if (copyToDisk(m_fullPath, target, before))
                 return true;
             // Deliberately not tried again at the next start of Windows: nothing is in use here.
             result->Set(462, "CopyTo", "RT_File::CopyFile", target, "", m_fullPath);
@@ -83,7 +83,7 @@ bool RT_File::CopyTo(const char* directory, WHEN when)
             Log(1, "RT_File::CopyTo : Attribute modification of %s - failed", static_cast<const char*>(target));
             return false;
         }
-        if (copyToDisk(m_fullPath, target) || CopyFileAtNextReboot(target))
+        if (copyToDisk(m_fullPath, target, before) || CopyFileAtNextReboot(target))
             return true;
         Log(2, "RT_File::CopyTo : copy of %s - failed", static_cast<const char*>(target));
         return false;

@@ -1,6 +1,7 @@
 #include "fileops/RT_File.h"
 
 #include "fileops/StartupRenames.h"
+#include "fileops/WholeCopy.h"
 #include "foundation/EventLog.h"
 #include "foundation/RT_RESULT.h"
 #include "platform/BoundedText.h"
@@ -32,18 +33,6 @@ bool moveDelayed(const char* source, const char* target)
     Log(0x40000, "MoveFileEx %s->%s", source, target != nullptr ? target : "NULL");
     return ::MoveFileExA(source, target, MOVEFILE_REPLACE_EXISTING | MOVEFILE_DELAY_UNTIL_REBOOT) != FALSE;
 }
-
-/// What a file looks like from outside; all zero when it is not there.
-struct FileStamp
-{
-    explicit FileStamp(const char* path) { ::GetFileAttributesExA(path, GetFileExInfoStandard, &data); }
-    bool operator==(const FileStamp& other) const
-    {
-        return data.nFileSizeHigh == other.data.nFileSizeHigh && data.nFileSizeLow == other.data.nFileSizeLow &&
-               ::CompareFileTime(&data.ftLastWriteTime, &other.data.ftLastWriteTime) == 0;
-    }
-    WIN32_FILE_ATTRIBUTE_DATA data{};
-};
 
 bool announceReboot(const char* target)
 {
@@ -88,16 +77,9 @@ bool RT_File::CopyFileAtNextReboot(const char* target)
     String temporary(target);
     if (!GetTemporaryFilePath(temporary))
         return failed(462, "Error during temporary file copy", temporary, m_fullPath);
-    const FileStamp before(temporary);
-    if (!::CopyFileA(m_fullPath, temporary, FALSE))
-    {
-        failed(462, "Error during file copy", temporary, m_fullPath);
-        // An earlier replacement may wait for a file of this name. Whole, it stays; what a full disk left of it must
-        // not be put in place.
-        if (!(FileStamp(temporary) == before))
-            ::DeleteFileA(temporary);
-        return false;
-    }
+    // An earlier replacement may wait for a file of this name: untouched, it stays.
+    if (!aut::copyWhole(m_fullPath, temporary, aut::FileStamp(temporary)))
+        return failed(462, "Error during file copy", temporary, m_fullPath);
 
     const bool registered = aut::isNtFamily(aut::osValue()) ? moveDelayed(temporary, target)
                                                             : aut::replaceAtStartup(target, temporary, m_fileName);

@@ -319,6 +319,30 @@ TEST_F(RT_FileCopyTo, AFullDiskLeavesNoHalfCopyToBePutInPlace)
     expectNothingPending();
 }
 
+TEST_F(RT_FileCopyTo, AFullDiskLeavesNoHalfTargetThatALaterCopyWouldTakeForTheNewerOne)
+{
+    for (const bool replaces : {false, true})
+    {
+        for (const WHEN when : kEveryWhen)
+        {
+            SCOPED_TRACE(when);
+            folder.makeFolder("target");
+            ::DeleteFileA(target.c_str());
+            if (replaces)
+                writeOlderTarget();
+            {
+                const ImportPatch patch("CopyFileA", halfCopy);
+                EXPECT_FALSE(copy(when));
+            }
+            EXPECT_FALSE(auttest::fileExists(target));
+            EXPECT_FALSE(auttest::fileExists(temporary));
+            EXPECT_TRUE(copy(WHEN_NEWER));
+            EXPECT_EQ("new", auttest::readFile(target));
+        }
+    }
+    expectNothingPending();
+}
+
 TEST_F(RT_FileCopyTo, AFullDiskTakesAHalfCopyFromAnEarlierReplacement)
 {
     writeOlderTarget();
@@ -341,6 +365,19 @@ TEST_F(RT_FileCopyTo, ASourceInUseLeavesTheCopyOfAnEarlierReplacementAlone)
     EXPECT_EQ(record(462, 32, "Error during file copy", source, "RT_File::CopyFileAtNextReboot", temporary),
               recordedResult());
     EXPECT_EQ("new", auttest::readFile(temporary));
+}
+
+TEST_F(RT_FileCopyTo, TwoThatDifferInTheExtensionOnlyDeliberatelyShareTheCopyThatWaits)
+{
+    const std::string other = folder.writeFile("source\\a_replaced.dll", "the library");
+    const std::string otherTarget = folder.writeFile("target\\a_replaced.dll", "old");
+    writeTarget();
+    const InUse held(target);
+    const InUse heldToo(otherTarget);
+    EXPECT_TRUE(copy(WHEN_ALWAYS));
+    EXPECT_TRUE(RT_File(other.c_str()).CopyTo(directory.c_str(), WHEN_ALWAYS));
+    EXPECT_EQ("the library", auttest::readFile(temporary));
+    EXPECT_EQ(PendingMoves::move(temporary, target) + PendingMoves::move(temporary, otherTarget), pending.text());
 }
 
 TEST_F(RT_FileCopyTo, OntoItselfTheFileStaysWhole)
