@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
+#include <functional>
 #include <mutex>
 #include <new>
 #include <string>
@@ -51,26 +52,14 @@ bool shortPath(const char* path, std::string& out)
     return true;
 }
 
-/// One line of the section. The key of a deletion may occur any number of times.
-struct Entry
-{
-    explicit Entry(const char* text) : line(text)
-    {
-        const std::size_t equals = line.find('=');
-        key = line.substr(0, equals).c_str();
-        if (equals != std::string::npos)
-            value = line.substr(equals + 1).c_str();
-    }
+/// The lines of the section.
+using Entries = std::vector<std::string>;
 
-    std::string line;
-    String key;
-    String value;
+/// Deletions are the entries of one key, which may occur any number of times.
+std::string deletionOf(const std::string& path) { return std::string(kDelete) + "=" + path; }
+bool isDeletion(const std::string& entry) { return String(entry.c_str()).Find(deletionOf("").c_str()) == 0; }
 
-    bool deletes(const char* path) const { return key == kDelete && value == path; }
-    bool names(const char* path) const { return key == path || value == path; }
-};
-
-std::vector<Entry> readSection(const std::string& file)
+Entries readSection(const std::string& file)
 {
     std::vector<char> buffer(4096);
     for (;;)
@@ -81,31 +70,27 @@ std::vector<Entry> readSection(const std::string& file)
             break;
         buffer.resize(buffer.size() * 2);
     }
-    std::vector<Entry> entries;
+    Entries entries;
     for (const char* line = buffer.data(); *line != '\0'; line += std::strlen(line) + 1)
         entries.emplace_back(line);
     return entries;
 }
 
-bool writeSection(const std::vector<Entry>& entries, const std::string& file)
+bool writeSection(const Entries& entries, const std::string& file)
 {
     std::string lines;
-    for (const Entry& entry : entries)
-        lines.append(entry.line) += '\0';
+    for (const std::string& entry : entries)
+        lines.append(entry) += '\0';
     lines += '\0';
     return ::WritePrivateProfileSectionA(kSection, lines.data(), file.c_str()) != FALSE;
 }
 
-bool writeEntry(const char* key, const char* value, const std::string& file)
-{
-    return ::WritePrivateProfileStringA(kSection, key, value, file.c_str()) != FALSE;
-}
-
 /// Takes out what deletes `path`; whether there was any.
-bool dropDeletions(std::vector<Entry>& entries, const char* path)
+bool dropDeletions(Entries& entries, const std::string& path)
 {
-    const auto rest =
-        std::remove_if(entries.begin(), entries.end(), [&](const Entry& entry) { return entry.deletes(path); });
+    const String deletion(deletionOf(path).c_str());
+    const auto rest = std::remove_if(entries.begin(), entries.end(),
+                                     [&](const std::string& entry) { return deletion == entry.c_str(); });
     const bool any = rest != entries.end();
     entries.erase(rest, entries.end());
     return any;
@@ -143,10 +128,10 @@ try
             return refuse(ERROR_INVALID_NAME); // where a line is split: it would name another file
         const std::string file = settingsFile();
         const std::lock_guard<std::mutex> lock(g_sectionLock);
-        std::vector<Entry> entries = readSection(file);
-        if (dropDeletions(entries, shortTarget.c_str()) && !writeSection(entries, file))
+        Entries entries = readSection(file);
+        if (dropDeletions(entries, shortTarget) && !writeSection(entries, file))
             return false; // a deletion registered earlier would take the new file away
-        return writeEntry(shortTarget.c_str(), shortSource.c_str(), file);
+        return ::WritePrivateProfileStringA(kSection, shortTarget.c_str(), shortSource.c_str(), file.c_str()) != FALSE;
     }
     // The section would give the file its short name, so the long one needs a command.
     const std::string windows = windowsDirectory();
@@ -166,15 +151,12 @@ try
         return false;
     const std::string file = settingsFile();
     const std::lock_guard<std::mutex> lock(g_sectionLock);
-    std::vector<Entry> entries = readSection(file);
-    dropDeletions(entries, shortName.c_str());
-    // A key written the usual way would replace the deletion that is already there. The latest goes before the others,
-    // where whoever reads the key finds it, unless a line behind them still brings or takes a file of this name.
-    const auto first =
-        std::find_if(entries.begin(), entries.end(), [](const Entry& entry) { return entry.key == kDelete; });
-    const bool namedLater =
-        std::any_of(first, entries.end(), [&](const Entry& entry) { return entry.names(shortName.c_str()); });
-    entries.insert(namedLater ? entries.end() : first, Entry((kDelete + ("=" + shortName)).c_str()));
+    Entries entries = readSection(file);
+    dropDeletions(entries, shortName);
+    // Written as one key, it would replace the deletions that wait already. They all follow the replacements, whose new
+    // files they may concern, and the latest goes first: it is the one that a reader of the key finds.
+    const auto deletions = std::stable_partition(entries.begin(), entries.end(), std::not_fn(isDeletion));
+    entries.insert(deletions, deletionOf(shortName));
     return writeSection(entries, file);
 }
 catch (const std::bad_alloc&)

@@ -233,14 +233,24 @@ TEST_P(StartupRenames, AReplacementTakesBackTheDeletionOfItsTarget)
               renames());
 }
 
-TEST_P(StartupRenames, ADeletionStaysBehindTheReplacementItFollows)
+TEST_P(StartupRenames, TheKeyNamesTheLatestDeletionBehindTheReplacementItFollows)
 {
     run(overwrite(source, source, 1));
     run(overwrite(plainSource, plainTarget, 0));
     run(overwrite(plainTarget, plainTarget, 1));
-    EXPECT_EQ("NUL=" + shortPath(source) + "|" + shortPath(plainTarget) + "=" + shortPath(plainSource) +
-                  "|NUL=" + shortPath(plainTarget) + "|",
+    EXPECT_EQ(shortPath(plainTarget) + "=" + shortPath(plainSource) + "|NUL=" + shortPath(plainTarget) +
+                  "|NUL=" + shortPath(source) + "|",
               renames());
+    char value[MAX_PATH] = "";
+    ::GetPrivateProfileStringA("Rename", "NUL", "", value, sizeof value, kSettings);
+    EXPECT_EQ(shortPath(plainTarget), value);
+}
+
+TEST_P(StartupRenames, ADeletionLeavesWhatOthersHaveWrittenInItsOrder)
+{
+    auttest::writeFile(kSettings, "[Rename]\r\nC:\\B=C:\\A\r\nnul=C:\\C\r\nC:\\NUL=C:\\D\r\nNULL=C:\\E\r\n");
+    run(overwrite(plainSource, plainSource, 1));
+    EXPECT_EQ("C:\\B=C:\\A|C:\\NUL=C:\\D|NULL=C:\\E|NUL=" + shortPath(plainSource) + "|nul=C:\\C|", renames());
 }
 
 TEST_P(StartupRenames, ASecondReplacementOfTheSameTargetWins)
