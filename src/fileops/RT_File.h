@@ -70,7 +70,8 @@ public:
     /// empty file.
     unsigned long GetCheckSum();
 
-    /// Copies this file into `directory`, which is created. A target in use is replaced at the next start of Windows.
+    /// Copies this file into `directory`, which is created. A target in use is replaced at the next start of Windows;
+    /// see `CopyFileAtNextReboot` for several of one name. A copy that breaks off (the disk is full) leaves no target.
     /// Any other `when` copies nothing and gives true. A null directory is refused here and by `MoveTo`.
     bool CopyTo(const char* directory, WHEN when);
     /// Moves this file into `directory`, which must exist.
@@ -108,8 +109,10 @@ protected:
     /// below the NT family do it by the [Rename] section of WinInit.ini or a command that runs once.
     bool OverWriteFileAtNextReboot(const char* target, OVERWRITE mode);
     /// Copies this file now to a temporary name and has Windows move the copy onto `target` at its next start. The
-    /// temporary name comes from this file's name alone: of two targets of one name on one drive, both in use, the
-    /// later copy overwrites the earlier.
+    /// temporary name comes from this file's name without its extension alone. Two copies that wait on one drive and
+    /// differ in nothing but folder or extension (app.exe and app.dll, too) therefore deliberately share one temporary
+    /// file: the first target gets what was copied last, the second stays as it is. `OverWriteFileAtNextReboot` needs
+    /// none.
     bool CopyFileAtNextReboot(const char* target);
     /// Replaces the target path in `path` by a temporary name on its volume.
     bool GetTemporaryFilePath(String& path);
