@@ -8,6 +8,8 @@
 #include "platform/UniqueResource.h"
 #include "webconf/DataCaching.h"
 
+#include <new>
+
 namespace aut
 {
 namespace
@@ -113,6 +115,11 @@ bool writeCacheFile(const DataExchange& request, const String& data)
 
 void SetDataInCache(const char* host, const char* certificateId, const char* product, const char* component,
                     const String& data)
+try
 {
     aut::writeAt(aut::cachePlace(host, certificateId, product, component), data);
+}
+catch (const std::bad_alloc&)
+{
+    // the old answer stays
 }

@@ -14,6 +14,7 @@
 
 #include <fstream>
 #include <iterator>
+#include <new>
 #include <string>
 
 AUT_LAYOUT_BEGIN
@@ -64,6 +65,7 @@ DataCaching::~DataCaching() = default;
 String DataCaching::GetDataFilePath() { return aut::cacheFilePath(*this); }
 
 int DataCaching::GetData()
+try
 {
     // The record is as the caller filled it, its flags included.
     if (UpdateVersions())
@@ -71,9 +73,14 @@ int DataCaching::GetData()
     result->Set(kRequestNotAllowed, "Request not allowed", "DataCaching::GetData", m_productName);
     return kRequestNotAllowed;
 }
+catch (const std::bad_alloc&)
+{
+    return ERROR_OUTOFMEMORY;
+}
 
 int DataCaching::GetComponentData(const char* host, const char* certificateId, const char* product, const char* version,
                                   const char* build, const char* language, const char* component)
+try
 {
     m_entryFlag = 1;
     m_transferFlag = 0;
@@ -87,8 +94,13 @@ int DataCaching::GetComponentData(const char* host, const char* certificateId, c
     aut::copyText(m_packageTechnicalName, CRegProduct(m_productName, true).GetTechnicalName());
     return TransmitRequestToWebConf();
 }
+catch (const std::bad_alloc&)
+{
+    return ERROR_OUTOFMEMORY;
+}
 
 bool DataCaching::GetAUData(const char* host)
+try
 {
     m_entryFlag = 1;
     m_transferFlag = 0;
@@ -114,6 +126,10 @@ bool DataCaching::GetAUData(const char* host)
     if (updated)
         installConfiguration(*this);
     return true;
+}
+catch (const std::bad_alloc&)
+{
+    return false;
 }
 
 bool DataCaching::GetCIDs()

@@ -8,7 +8,8 @@
 /// cache file and asks again only for what changed since.
 ///
 /// A mark in the registry keeps two processes from asking for the same product at once. It has no expiry: one that a
-/// killed process left is removed by deleting its value. The calling thread must have initialised COM.
+/// killed process left is removed by deleting its value (docs/configuration-cache.md says which one it is). The calling
+/// thread must have initialised COM. No public member throws; the entry points give 14 or false when memory runs out.
 class AUTOOLS_API DataCaching : public DataExchange
 {
 public:

@@ -131,6 +131,17 @@ void keepAnswer(const DataExchange& request, const aut::AnswerVerdict& verdict, 
     if (verdict.setsTimeStamp && (!isStale || verdict.timeStamp == aut::kNothingInCache))
         storeTimeStamp(request, verdict.timeStamp);
 }
+/// After an exception, wherever it came from: nobody else would clear the mark.
+void abandon(const DataExchange& request) noexcept
+try
+{
+    Log(2, "Exception occured in DataCaching::TransmitRequestToWebConf()");
+    clearMark(request, 2);
+}
+catch (...)
+{
+    // no memory even for that
+}
 } // namespace
 
 String DataCaching::ConstructURL(String& timeStamp)
@@ -176,8 +187,7 @@ int DataCaching::TransmitRequestToWebConf()
     }
     catch (...)
     {
-        Log(2, "Exception occured in DataCaching::TransmitRequestToWebConf()");
-        clearMark(*this, 2);
+        abandon(*this);
     }
     return error;
 }

@@ -141,6 +141,40 @@ TEST_F(CachingException, KeepsTheErrorThatCameBefore)
     expectRecovery();
 }
 
+TEST_F(CachingException, ThatKeepsTheMarkFromBeingClearedDoesNotReachTheCaller)
+{
+    answerWith(newData("T"));
+    using Open = LSTATUS(WINAPI*)(HKEY, LPCSTR, DWORD, REGSAM, PHKEY);
+    const Open marksThrow = [](HKEY root, LPCSTR path, DWORD options, REGSAM access, PHKEY key) -> LSTATUS
+    {
+        if (std::strstr(path, "UpdatingConfigs") != nullptr && (access & KEY_SET_VALUE) != 0)
+            throw std::bad_alloc();
+        return ::RegOpenKeyExA(root, path, options, access, key);
+    };
+    {
+        const auttest::ImportPatch thrower("RegOpenKeyExA", marksThrow);
+        EXPECT_NO_THROW(EXPECT_EQ(0, transmit()));
+    }
+    EXPECT_EQ(bothLines(), log.events());
+    expectOldCache();
+    expectRecovery();
+}
+
+TEST_F(CachingException, OfMemoryDoesNotReachTheCallerOfAnyEntry)
+{
+    using Open = LSTATUS(WINAPI*)(HKEY, LPCSTR, DWORD, REGSAM, PHKEY);
+    const Open allThrow = [](HKEY, LPCSTR, DWORD, REGSAM, PHKEY) -> LSTATUS { throw std::bad_alloc(); };
+    const auttest::ImportPatch thrower("RegOpenKeyExA", allThrow);
+    EXPECT_NO_THROW(EXPECT_EQ(ERROR_OUTOFMEMORY, static_cast<DWORD>(request.GetData())));
+    EXPECT_NO_THROW(EXPECT_EQ(ERROR_OUTOFMEMORY, static_cast<DWORD>(request.GetComponentData(
+                                                     host.c_str(), kCid, kProduct, "1.0", "2", "English", "Core"))));
+    EXPECT_NO_THROW(EXPECT_FALSE(request.GetAUData(host.c_str())));
+    EXPECT_NO_THROW(EXPECT_FALSE(request.IsAUValidForWebServer(host.c_str())));
+    EXPECT_NO_THROW(SetDataInCache(host.c_str(), kCid, kProduct, "", "lost"));
+    EXPECT_TRUE(server->requests().empty());
+    EXPECT_EQ("old", data.readFile(file()));
+}
+
 // A server that stalls
 
 namespace
