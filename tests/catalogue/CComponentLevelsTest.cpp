@@ -189,6 +189,22 @@ TEST_F(ComponentLevels, WithoutNameOrVersionNothingIsNoted)
     EXPECT_EQ(4, filesOf("Comp", "1.0B1_EN"));
 }
 
+TEST_F(ComponentLevels, OfANameWithoutAnEntryOfItsOwnAreRefused)
+{
+    writeLevels("1.1B1_EN");
+    const auto before = snapshot(m_registry);
+    // The first would look like a product that uses "Comp".
+    for (const std::string name : {"Comp\\Product", "..", "a/b", "C:"})
+    {
+        auttest::LogFile log;
+        CComponent(1, name.c_str(), "1.2", "B1", "EN", 0, "").InsertLevelIntoRegistry();
+        EXPECT_EQ((std::vector<auttest::LogEvent>{{"Error", "CComponent::InsertLevelIntoRegistry - component " + name +
+                                                                " refused: no entry of its own"}}),
+                  log.events());
+        EXPECT_EQ(before, snapshot(m_registry)) << name;
+    }
+}
+
 TEST_F(ComponentLevels, OfAComponentWhoseNameLeadsElsewhereRemoveNothing)
 {
     const std::string longName(259, 'n');
