@@ -125,14 +125,16 @@ bool isWithin(const Place& inner, const Place& outer)
 }
 } // namespace
 
-Placement placementOf(const char* one, const char* other)
+Placement placementOf(const char* source, const char* target)
 {
-    const Place first(one);
-    const Place second(other);
-    const bool isFirstWithin = isWithin(first, second);
-    const bool isSecondWithin = isWithin(second, first);
-    if (isFirstWithin && isSecondWithin)
+    const Place from(source);
+    const Place to(target);
+    const bool isInside = isWithin(to, from);
+    const bool isAround = isWithin(from, to);
+    if (isInside && isAround)
         return Placement::Same;
-    return isFirstWithin || isSecondWithin ? Placement::Nested : Placement::Apart;
+    if (isInside)
+        return Placement::Inside;
+    return isAround ? Placement::Around : Placement::Apart;
 }
 } // namespace aut

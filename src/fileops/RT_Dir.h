@@ -41,14 +41,15 @@ public:
     /// start of Windows under `OVERWRITE_AT_REBOOT`; the directory then stays and the result is 0. A failure does not
     /// stop the walk. A link is removed itself, never what it points to. A drive or server is emptied but stays: 0.
     int Remove(OVERWRITEFLAG overwrite, DIRTESTFLAG flag);
-    /// Copies the tree into `destination`, under this directory's name. With `OVERWRITE_AT_REBOOT` an existing target is
-    /// removed first; otherwise it is copied over. 0 when a subdirectory could not be copied (the others are), a link
-    /// among them. A file that could not be copied is deliberately not seen in the result; it has left its own report.
-    /// A target that is, holds or lies in this directory is refused before anything is touched.
+    /// Copies the tree into `destination`, under this directory's name. With `OVERWRITE_AT_REBOOT` an existing target
+    /// is removed first; otherwise it is copied over. 0 when a directory could not be listed or a subdirectory not be
+    /// copied (the others are), a link among them. A file that could not be copied is deliberately not seen in the
+    /// result; it has left its own report. A target that is this directory or lies in it is refused before anything is
+    /// touched, and so is one that holds it when it would be removed.
     int CopyTo(const String& destination, OVERWRITEFLAG overwrite);
     /// Moves the tree into `destination`: by renaming on the same volume, else, and when that fails, by copying and
-    /// then removing what CopyTo gave 1 for. 1 without doing anything when it is there already; what CopyTo refuses is
-    /// refused here, too.
+    /// then removing it. Nothing is removed, and the result is 0, when a single file could not be copied. 1 without
+    /// doing anything when it is there already; a target that lies in this directory or holds it is refused.
     int MoveTo(const String& destination, OVERWRITEFLAG overwrite);
 
 protected:

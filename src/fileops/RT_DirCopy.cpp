@@ -5,7 +5,9 @@
 
 #include <windows.h>
 
+#include <algorithm>
 #include <new>
+#include <string>
 
 using aut::DirectoryWalk;
 using aut::kindOf;
@@ -24,46 +26,59 @@ bool prepareTarget(RT_Dir& target, OVERWRITEFLAG overwrite)
     return overwrite != OVERWRITE_AT_REBOOT || target.Remove(OVERWRITE_AT_REBOOT, DIR_RECURSIVE) != 0;
 }
 
-/// Copies the files of the directory at hand and notes its subdirectories. False when something of it was not copied
-/// for another reason than a single file's, which that file has reported.
-bool copyContents(TreePosition& at, const char* target)
+/// What came of copying a tree, better ones first.
+enum class Outcome
 {
-    bool isWhole = true;
+    Whole,
+    FileMissing, ///< which that file has reported
+    Incomplete   ///< for any other reason
+};
+
+/// Copies the files of the directory at hand and notes its subdirectories.
+Outcome copyContents(TreePosition& at, const char* target)
+{
+    Outcome outcome = Outcome::Whole;
     DirectoryWalk walk(at.path().c_str());
     while (walk.next())
     {
         if (walk.isLink())
-            isWhole = false;
+            outcome = Outcome::Incomplete;
         else if (walk.isDirectory())
             at.addSubdirectory(walk.name());
-        else
-            RT_File(at.path().c_str(), walk.name()).CopyTo(target, WHEN_ALWAYS);
+        else if (!RT_File(at.path().c_str(), walk.name()).CopyTo(target, WHEN_ALWAYS))
+            outcome = std::max(outcome, Outcome::FileMissing);
     }
-    return isWhole && walk.isComplete();
+    return walk.isComplete() ? outcome : Outcome::Incomplete;
 }
 
 /// One subdirectory. A link in its place at the target must not lead the copy back to where it comes from.
-bool copySubdirectory(TreePosition& at, const char* source, const std::string& targetPath, OVERWRITEFLAG overwrite)
+Outcome copySubdirectory(TreePosition& at, const char* source, const std::string& targetPath, OVERWRITEFLAG overwrite)
 {
     if (kindOf(at.path().c_str()) != PathKind::Directory)
-        return false;
+        return Outcome::Incomplete;
     if (kindOf(targetPath.c_str()) == PathKind::Link && placementOf(source, targetPath.c_str()) != Placement::Apart)
-        return false;
+        return Outcome::Incomplete;
     RT_Dir target(targetPath.c_str());
-    return prepareTarget(target, overwrite) && copyContents(at, targetPath.c_str());
+    return prepareTarget(target, overwrite) ? copyContents(at, targetPath.c_str()) : Outcome::Incomplete;
 }
 
-/// Of an existing directory onto a target that lies apart from it.
-int copyTree(const char* source, RT_Dir& target, OVERWRITEFLAG overwrite)
+/// Of an existing directory.
+Outcome copyTree(const char* source, RT_Dir& target, OVERWRITEFLAG overwrite)
 {
     if (!prepareTarget(target, overwrite))
-        return 0;
+        return Outcome::Incomplete;
     const std::string targetRoot(target.GetFullPath());
     TreePosition at(source);
-    bool isWhole = copyContents(at, targetRoot.c_str());
+    Outcome outcome = copyContents(at, targetRoot.c_str());
     while (at.advance())
-        isWhole = copySubdirectory(at, source, targetRoot + at.pathBelowRoot(), overwrite) && isWhole;
-    return isWhole ? 1 : 0;
+        outcome = std::max(outcome, copySubdirectory(at, source, targetRoot + at.pathBelowRoot(), overwrite));
+    return outcome;
+}
+
+/// Copied into itself, a tree would have no end; removing a target around the source would remove the source.
+bool canCopy(Placement target, OVERWRITEFLAG overwrite)
+{
+    return target == Placement::Apart || (target == Placement::Around && overwrite != OVERWRITE_AT_REBOOT);
 }
 
 /// Both parts are equal on one volume; the one that a path does not have says nothing.
@@ -79,10 +94,10 @@ int RT_Dir::CopyTo(const String& destination, OVERWRITEFLAG overwrite)
         return 0;
     try
     {
-        // Copied into itself, a tree would have no end; removing a target around the source would remove the source.
-        if (placementOf(m_fullPath, target.m_fullPath) != Placement::Apart)
+        if (!canCopy(placementOf(m_fullPath, target.m_fullPath), overwrite))
             return 0;
-        return copyTree(m_fullPath, target, overwrite);
+        // Deliberately a success although a file is missing.
+        return copyTree(m_fullPath, target, overwrite) != Outcome::Incomplete ? 1 : 0;
     }
     catch (const std::bad_alloc&)
     {
@@ -101,7 +116,7 @@ int RT_Dir::MoveTo(const String& destination, OVERWRITEFLAG overwrite)
         const Placement placement = placementOf(m_fullPath, target.m_fullPath);
         if (placement == Placement::Same) // a link to the source does not mean that the source is there
             return isLink(m_fullPath) || isLink(target.m_fullPath) ? 0 : 1;
-        if (placement == Placement::Nested)
+        if (placement != Placement::Apart) // also around: what is copied may lie in the source, which is removed
             return 0;
 
         if (isSamePart(m_drive, parent.m_drive) || isSamePart(m_server, parent.m_server))
@@ -116,7 +131,9 @@ int RT_Dir::MoveTo(const String& destination, OVERWRITEFLAG overwrite)
             if (::MoveFileExA(m_fullPath, target.m_fullPath, flags))
                 return 1;
         }
-        return copyTree(m_fullPath, target, overwrite) ? Remove(OVERWRITE_AT_REBOOT, DIR_RECURSIVE) : 0;
+        // Unlike a copy not without a file: on a full disk all of them would be lost.
+        const bool isWhole = copyTree(m_fullPath, target, overwrite) == Outcome::Whole;
+        return isWhole ? Remove(OVERWRITE_AT_REBOOT, DIR_RECURSIVE) : 0;
     }
     catch (const std::bad_alloc&)
     {

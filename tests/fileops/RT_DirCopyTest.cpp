@@ -216,7 +216,6 @@ TEST_F(RT_DirCopyTo, SourceAndTargetMustNotOverlap)
         EXPECT_EQ(0, dir("a").CopyTo(path("a"), overwrite));             // onto what it holds
         EXPECT_EQ(0, dir("a").CopyTo(path("a\\sub\\new"), overwrite));   // into a directory to be made
         EXPECT_EQ(0, dir("a").CopyTo(upper.c_str(), overwrite));         // case does not count
-        EXPECT_EQ(0, dir("a\\a").CopyTo(path(""), overwrite));           // onto what holds it
         EXPECT_EQ(0, dir("a").CopyTo(path("b\\..\\a\\new"), overwrite)); // by a detour
     }
     EXPECT_EQ((Names{"a\\"}), names(""));
@@ -225,6 +224,18 @@ TEST_F(RT_DirCopyTo, SourceAndTargetMustNotOverlap)
     EXPECT_EQ("inner", folder.readFile("a\\a\\file"));
     EXPECT_EQ(Names{}, pendingMoves());
     expectNoRecord();
+}
+
+TEST_F(RT_DirCopyTo, OntoWhatHoldsItATreeIsCopiedUnlessThatIsRemovedFirst)
+{
+    folder.writeFile("a\\a\\file", "x");
+    folder.writeFile("a\\a\\a\\deep", "x"); // whose target is the source itself
+    EXPECT_EQ(0, dir("a\\a").CopyTo(path(""), OVERWRITE_AT_REBOOT));
+    EXPECT_EQ((Names{"a\\", "file"}), names("a\\a"));
+    EXPECT_EQ(1, dir("a\\a").CopyTo(path(""), OVERWRITE_NOW_ONLY));
+    EXPECT_EQ((Names{"a\\", "file"}), names("a"));
+    EXPECT_EQ((Names{"a\\", "deep", "file"}), names("a\\a"));
+    EXPECT_EQ((Names{"deep"}), names("a\\a\\a"));
 }
 
 TEST_F(RT_DirCopyTo, NeighboursWithLikeNamesDoNotOverlap)
@@ -278,10 +289,10 @@ TEST_F(RT_DirCopyTo, OverlapIsSeenOnSharesThatDoNotTellTheRealPath)
     for (const OVERWRITEFLAG overwrite : {OVERWRITE_NOW_ONLY, OVERWRITE_AT_REBOOT})
     {
         EXPECT_EQ(0, dir("a").CopyTo(path("a\\new"), overwrite));
-        EXPECT_EQ(0, dir("a\\a").CopyTo(path(""), overwrite));
         EXPECT_EQ(0, dir("a").CopyTo(path("to itself"), overwrite)); // by the directories' own numbers
         EXPECT_EQ(0, dir("a").CopyTo(path("to itself\\a\\new"), overwrite));
     }
+    EXPECT_EQ(0, dir("a\\a").CopyTo(path(""), OVERWRITE_AT_REBOOT));
     EXPECT_EQ(1, dir("a").CopyTo(path("apart"), OVERWRITE_NOW_ONLY));
 
     const ImportPatch noNumbers("GetFileInformationByHandle", untoldInformation);
@@ -623,6 +634,44 @@ TEST_F(RT_DirMoveTo, WhatCouldNotBeCopiedWholeIsNotRemoved)
     EXPECT_EQ(0, dir("c").MoveTo(path("to"), OVERWRITE_NOW_ONLY));
     EXPECT_EQ((Names{"file", "link\\"}), names("c"));
     EXPECT_TRUE(removeLink(folder / "c\\link"));
+}
+
+BOOL WINAPI copyOntoAFullDisk(const char*, const char*, BOOL)
+{
+    ::SetLastError(ERROR_DISK_FULL);
+    return FALSE;
+}
+
+TEST_F(RT_DirMoveTo, WhatAFullDiskDoesNotTakeStaysWhereItIs)
+{
+    folder.writeFile("a\\file", "x");
+    folder.writeFile("a\\b\\file", "x");
+    const ImportPatch refuse("MoveFileExA", refusedMoveFileEx); // another volume
+    {
+        const ImportPatch full("CopyFileA", copyOntoAFullDisk);
+        for (const OVERWRITEFLAG overwrite : {OVERWRITE_NOW_ONLY, OVERWRITE_AT_REBOOT})
+            EXPECT_EQ(0, dir("a").MoveTo(path("to"), overwrite));
+        EXPECT_EQ(1, dir("a").CopyTo(path("to"), OVERWRITE_NOW_ONLY)); // deliberately
+    }
+    EXPECT_EQ("x", folder.readFile("a\\file"));
+    EXPECT_EQ("x", folder.readFile("a\\b\\file"));
+    EXPECT_EQ(1, dir("a").MoveTo(path("to"), OVERWRITE_NOW_ONLY));
+    EXPECT_EQ("x", folder.readFile("to\\a\\b\\file"));
+    EXPECT_FALSE(folder.exists("a"));
+}
+
+TEST_F(RT_DirMoveTo, OneFileThatCouldNotBeCopiedKeepsTheWholeTree)
+{
+    for (const char* name : {"a\\a.txt", "a\\b\\file", "a\\z\\file"})
+        folder.writeFile(name, "x");
+    folder.writeFile("to\\a\\there", "x"); // so that the rename fails
+    {
+        const aut::UniqueFile held = lock("a\\b\\file");
+        EXPECT_EQ(0, dir("a").MoveTo(path("to"), OVERWRITE_NOW_ONLY));
+    }
+    EXPECT_EQ((Names{"a.txt", "b\\", "z\\"}), names("a"));
+    EXPECT_EQ((Names{"a.txt", "b\\", "there", "z\\"}), names("to\\a"));
+    EXPECT_EQ(Names{}, pendingMoves());
 }
 
 TEST_F(RT_DirMoveTo, ASourceFileInUseGoesAtTheNextStart)
