@@ -281,6 +281,14 @@ TEST_F(ProcessedRelease, TheCertificateItWasInstalledUnderMovesIntoTheList)
     EXPECT_EQ(Names{"Version"}, values("Products\\Editor"));
 }
 
+TEST_F(ProcessedRelease, AnEmptyEarlierCertificateIsDeletedAndNotKept)
+{
+    registry.write("Products\\Editor", "CertificateID", "");
+    update("Editor", "A", true);
+    EXPECT_EQ(Names{"A"}, certificates("Editor"));
+    EXPECT_EQ(Names{}, values("Products\\Editor"));
+}
+
 TEST_F(ProcessedRelease, TheReleasesOwnCertificateIsKeptAlsoWithoutADelivery)
 {
     update("Editor", "A", true);
