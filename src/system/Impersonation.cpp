@@ -1,10 +1,10 @@
 #include "foundation/EventLog.h"
 #include "platform/UniqueResource.h"
-#include "registry/CRegCitrix.h"
 #include "registry/CRegConfig.h"
 #include "system/CProcessListManager.h"
 #include "system/OsFamily.h"
 #include "system/ProcessSearch.h"
+#include "system/UserLimit.h"
 #include "system/UserProcesses.h"
 
 #include <new>
@@ -13,39 +13,6 @@
 namespace
 {
 constexpr unsigned long kInformation = 0x20000;
-constexpr unsigned long kCitrixDetail = 0x50000;
-
-/// How many shells are looked at: the configured number of simultaneous users, else all that run now.
-unsigned long maximumOfUsers(CProcessListManager& manager)
-{
-    unsigned long maximum = CRegCitrix(true).GetUserNumber();
-    if (maximum == 0)
-    {
-        Log(kCitrixDetail, "--- Citrix Limitation --- : MaxUsers not defined in Registry Keys ! Not limited for %s",
-            "AutoUpdate.exe");
-        int running = 0;
-        manager.IsProcessRunning(aut::kShellName, &running, nullptr);
-        maximum = static_cast<unsigned long>(running);
-    }
-    Log(kCitrixDetail, "--- Citrix Limitation --- : Nb max of user connected in the same time = %d",
-        static_cast<int>(maximum));
-    return maximum;
-}
-
-/// The ids of the running shells, at most `maximum` of them.
-std::vector<unsigned long> runningShells(CProcessListManager& manager, unsigned long maximum)
-{
-    std::vector<unsigned long> shells;
-    if (maximum == 0)
-        return shells;
-    aut::ProcessSearch::forEach(manager, aut::kShellName, nullptr,
-                                [&shells, maximum](unsigned long pid)
-                                {
-                                    shells.push_back(pid);
-                                    return shells.size() < maximum;
-                                });
-    return shells;
-}
 
 /// The shell of the user named in the configuration, 0 when that user has none. `owner` is left with the last owner
 /// that was asked for.
@@ -113,8 +80,8 @@ try
         return true;
     }
     CProcessListManager manager;
-    const unsigned long maximum = maximumOfUsers(manager);
-    const std::vector<unsigned long> shells = runningShells(manager, maximum);
+    const unsigned long maximum = aut::maximumOfUsers(manager, aut::kShellName);
+    const std::vector<unsigned long> shells = aut::runningProcesses(manager, aut::kShellName, maximum);
     if (shells.empty())
     {
         Log(1, "No explorer processfound for impersonation");

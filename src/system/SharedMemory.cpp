@@ -4,8 +4,7 @@
 #include "platform/KernelObjectSecurity.h"
 #include "platform/Layout.h"
 #include "platform/UniqueResource.h"
-#include "registry/CRegConfig.h"
-#include "system/OsFamily.h"
+#include "system/SharedNames.h"
 
 #include <atomic>
 #include <cstdint>
@@ -24,15 +23,6 @@ namespace
 {
 constexpr DWORD kReadAndWrite = FILE_MAP_READ | FILE_MAP_WRITE;
 
-/// Asked of the system once. The flag is read every time: the service can be installed while a process runs.
-const char* namePrefix()
-{
-    static const bool sessionNames = aut::hasSessionNames(aut::osValue());
-    if (!sessionNames)
-        return "";
-    return CRegConfig(true).GetFlag("ServiceInstalled") ? "Global\\" : "Local\\";
-}
-
 std::uint16_t nextNumber()
 {
     static std::atomic<std::uint16_t> counter{0};
@@ -42,12 +32,12 @@ std::uint16_t nextNumber()
 
 SharedMemory::SharedMemory(const char* name) : m_name{}, m_mapping(nullptr), m_view(nullptr)
 {
-    aut::formatText(m_name, sizeof m_name, "%s%s", namePrefix(), aut::orEmpty(name));
+    aut::formatText(m_name, sizeof m_name, "%s%s", aut::sharedNamePrefix(), aut::orEmpty(name));
 }
 
 SharedMemory::SharedMemory() : m_name{}, m_mapping(nullptr), m_view(nullptr)
 {
-    aut::formatText(m_name, sizeof m_name, "%ssharedMemory_%d", namePrefix(), nextNumber());
+    aut::formatText(m_name, sizeof m_name, "%ssharedMemory_%d", aut::sharedNamePrefix(), nextNumber());
 }
 
 void* SharedMemory::Create(unsigned long size)
