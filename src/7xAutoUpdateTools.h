@@ -47,6 +47,7 @@
 #include "system/CProcessListManager.h"
 #include "system/CRange.h"
 #include "system/CWTSApiWrapper.h"
+#include "system/KernelControl.h"
 #include "system/SharedMemory.h"
 #include "system/UserProcesses.h"
 #include "webconf/Base64Coder.h"
