@@ -510,6 +510,48 @@ TEST_F(RT_DirRemove, ATreeAsDeepAsPathsReachIsWalkedToItsEnd)
 
 // --- Nothing leaks
 
+int g_openSearches = 0;
+
+HANDLE WINAPI countedFindFirstFile(const char* pattern, WIN32_FIND_DATAA* entry)
+{
+    const HANDLE search = ::FindFirstFileA(pattern, entry);
+    g_openSearches += search != INVALID_HANDLE_VALUE ? 1 : 0;
+    return search;
+}
+
+BOOL WINAPI countedFindClose(HANDLE search)
+{
+    --g_openSearches;
+    return ::FindClose(search);
+}
+
+int g_openSearchesWhenRemoved = 0;
+
+BOOL WINAPI removeDirectoryAndLook(const char* path)
+{
+    g_openSearchesWhenRemoved += g_openSearches;
+    return ::RemoveDirectoryA(path);
+}
+
+// Wine itself closes the handle of a search that has come to its end, so that counting handles would miss a leak.
+TEST_F(RT_DirRemove, EverySearchIsClosedBeforeItsDirectoryGoes)
+{
+    const ImportPatch first("FindFirstFileA", countedFindFirstFile);
+    const ImportPatch close("FindClose", countedFindClose);
+    const ImportPatch remove("RemoveDirectoryA", removeDirectoryAndLook);
+    g_openSearches = 0;
+    g_openSearchesWhenRemoved = 0;
+    folder.writeFile("a\\b\\c\\file", "x");
+    folder.writeFile("a\\d\\file", "x");
+    folder.writeFile("a\\file", "x");
+    EXPECT_EQ(0, dir("a").IsEmpty(DIR_RECURSIVE)); // left half way
+    EXPECT_EQ(1, dir("a").CopyTo(path("to"), OVERWRITE_NOW_ONLY));
+    EXPECT_EQ(0, g_openSearches);
+    EXPECT_EQ(1, dir("a").Remove(OVERWRITE_NOW_ONLY, DIR_RECURSIVE));
+    EXPECT_EQ(0, g_openSearches);
+    EXPECT_EQ(0, g_openSearchesWhenRemoved);
+}
+
 TEST_F(RT_DirRemove, ThousandRoundsLeaveNoHandleOpen)
 {
     folder.makeFolder("empty\\sub");
