@@ -470,11 +470,18 @@ TEST_F(RT_DirCopyTo, ATargetTooDeepForPathsIsAFailure)
 
 // --- MoveTo
 
+BOOL WINAPI copyOntoAFullDisk(const char*, const char*, BOOL)
+{
+    ::SetLastError(ERROR_DISK_FULL);
+    return FALSE;
+}
+
 TEST_F(RT_DirMoveTo, OnOneVolumeATreeIsRenamedWithWriteThrough)
 {
     folder.writeFile("a\\b\\file", "x");
     {
         const ImportPatch see("MoveFileExA", seenMoveFileEx);
+        const ImportPatch noCopy("CopyFileA", copyOntoAFullDisk);
         EXPECT_EQ(1, dir("a").MoveTo(path("to\\be\\made"), OVERWRITE_NOW_ONLY));
         EXPECT_EQ(1, dir("to\\be\\made\\a").MoveTo(path("back"), OVERWRITE_AT_REBOOT));
         EXPECT_EQ(1, dir("back\\a").MoveTo(path("to"), flag<OVERWRITEFLAG>(2)));
@@ -634,12 +641,6 @@ TEST_F(RT_DirMoveTo, WhatCouldNotBeCopiedWholeIsNotRemoved)
     EXPECT_EQ(0, dir("c").MoveTo(path("to"), OVERWRITE_NOW_ONLY));
     EXPECT_EQ((Names{"file", "link\\"}), names("c"));
     EXPECT_TRUE(removeLink(folder / "c\\link"));
-}
-
-BOOL WINAPI copyOntoAFullDisk(const char*, const char*, BOOL)
-{
-    ::SetLastError(ERROR_DISK_FULL);
-    return FALSE;
 }
 
 TEST_F(RT_DirMoveTo, WhatAFullDiskDoesNotTakeStaysWhereItIs)

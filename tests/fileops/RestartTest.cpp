@@ -97,6 +97,18 @@ TEST_P(BeforeRestart, FilesInUseAreRemoved)
     }
 }
 
+TEST_P(BeforeRestart, OfReplacingAndRemovingTheSameFileTheLaterCounts)
+{
+    for (const char* name : {"gone.txt", "here.txt"})
+    {
+        writeBoth(name);
+        const InUse held(place.target(name));
+        const bool removeLast = std::string(name) == "gone.txt";
+        expectWaiting(removeLast ? "move" : "remove", name, "1");
+        expectWaiting(removeLast ? "remove" : "move", name, "1");
+    }
+}
+
 TEST_P(BeforeRestart, AProgramThatRunsIsReplaced)
 {
     writeBoth("prog.exe");
@@ -167,6 +179,16 @@ TEST(AfterRestart, RemovedFilesAreGone)
     {
         for (const char* name : {"removed1.txt", "removed2.txt"})
             EXPECT_FALSE(auttest::fileExists(Place(version).target(name))) << version << " " << name;
+    }
+}
+
+TEST(AfterRestart, WhatCameLaterCounted)
+{
+    for (const char* version : kVersions)
+    {
+        EXPECT_FALSE(auttest::fileExists(Place(version).target("gone.txt"))) << version;
+        ASSERT_TRUE(auttest::fileExists(Place(version).target("here.txt"))) << version;
+        EXPECT_EQ("new", auttest::readFile(Place(version).target("here.txt"))) << version;
     }
 }
 
