@@ -2,8 +2,13 @@
 
 #include "catalogue/CertificateRecords.h"
 #include "foundation/EventLog.h"
+#include "platform/FileReplacement.h"
 #include "platform/Xml.h"
 #include "productlist/ProductListFile.h"
+
+#include <windows.h>
+
+#include <comdef.h>
 
 #include <cstring>
 
@@ -27,6 +32,18 @@ void takeOut(RT_List<CRelease*, CRelease*>* list, const String& certificateId)
 bool meansRevoked(const char* reason)
 {
     return std::strstr(reason, "101:") != nullptr || std::strstr(reason, "102:") != nullptr;
+}
+/// Saving may fail half way: the list of the previous cycle stays until the new one is whole. Raises.
+void replaceList(IXMLDOMDocument* document, const char* path)
+{
+    aut::FileReplacement file(path);
+    if (*file.temporary() != '\0')
+    {
+        aut::saveXmlFile(document, file.temporary());
+        if (file.commit())
+            return;
+    }
+    throw _com_error(HRESULT_FROM_WIN32(::GetLastError()));
 }
 } // namespace
 
@@ -62,7 +79,7 @@ int phase1xml::IsNewConfiguration(RT_List<CRelease*, CRelease*>* list, const Str
         return 0;
 
     const String file = aut::productListFile(m_namePrefix);
-    aut::saveXmlFile(m_document.Get(), file);
+    replaceList(m_document.Get(), file);
     Log(0, "%s file saved", static_cast<const char*>(file));
     takeOut(list, certificateId);
     return 1;

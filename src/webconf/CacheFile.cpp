@@ -2,12 +2,13 @@
 
 #include "environment/ClientFolders.h"
 #include "fileops/RT_Dir.h"
-#include "fileops/RT_File.h"
 #include "foundation/EventLog.h"
-#include "platform/BoundedText.h"
-#include "platform/UniqueResource.h"
+#include "platform/FileReplacement.h"
 #include "webconf/DataCaching.h"
 
+#include <windows.h>
+
+#include <cstddef>
 #include <new>
 
 namespace aut
@@ -49,52 +50,12 @@ bool writeAt(const CachePlace& place, const String& data)
         return false;
     }
     FileReplacement file(path);
-    if (file.write(data, data.GetLength()) && file.commit())
+    if (file.write(data, static_cast<std::size_t>(data.GetLength())) && file.commit())
         return true;
     Log(2, "Unable to write the data cache file: %s", static_cast<const char*>(path));
     return false;
 }
 } // namespace
-
-FileReplacement::FileReplacement(const String& path) : m_path(path)
-{
-    const String folder = path.Left(path.ReverseFind('\\'));
-    if (::GetTempFileNameA(folder, "dat", 0, m_temporary) == 0)
-        m_temporary[0] = '\0';
-}
-
-FileReplacement::~FileReplacement()
-{
-    if (m_temporary[0] != '\0')
-        ::DeleteFileA(m_temporary);
-}
-
-bool FileReplacement::write(const char* data, int size)
-{
-    if (m_temporary[0] == '\0')
-        return false;
-    const UniqueFile file(
-        ::CreateFileA(m_temporary, GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
-    const DWORD count = static_cast<DWORD>(size);
-    DWORD written = 0;
-    return file && ::WriteFile(file.get(), data, count, &written, nullptr) && written == count &&
-           ::FlushFileBuffers(file.get());
-}
-
-bool FileReplacement::copyFrom(const char* path)
-{
-    return m_temporary[0] != '\0' && ::CopyFileA(path, m_temporary, FALSE) &&
-           ::SetFileAttributesA(m_temporary, FILE_ATTRIBUTE_NORMAL) && FlushFile(m_temporary);
-}
-
-bool FileReplacement::commit()
-{
-    if (m_temporary[0] == '\0' ||
-        !::MoveFileExA(m_temporary, m_path, MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH))
-        return false;
-    m_temporary[0] = '\0';
-    return true;
-}
 
 String cacheFilePath(const char* host, const char* certificateId, const char* product, const char* component)
 {

@@ -3,6 +3,7 @@
 #include "foundation/EventLog.h"
 #include "foundation/RT_RESULT.h"
 #include "platform/BoundedText.h"
+#include "platform/FileReplacement.h"
 #include "platform/Layout.h"
 #include "registry/CRegDataCaching.h"
 #include "registry/CRegProduct.h"

@@ -319,6 +319,18 @@ TEST_F(NewConfiguration, TheErrorRaisedIsTheOneOfSaving)
     expectUntouched();
 }
 
+TEST_F(NewConfiguration, ThatCannotBeSavedLeavesThePreviousOne)
+{
+    data.writeFile("P_productList.xml", "old");
+    {
+        auttest::DocumentChanges changes;
+        changes.saveStatus = HRESULT_FROM_WIN32(ERROR_DISK_FULL);
+        const auttest::StandInDocument standIn(changes);
+        EXPECT_THROW(check(kNew), _com_error);
+    }
+    EXPECT_EQ("old", data.readFile("P_productList.xml"));
+}
+
 // Answers that are none.
 
 TEST_F(NewConfiguration, NoDataFoundWithdrawsTheCertificate)

@@ -116,7 +116,12 @@ HRESULT STDMETHODCALLTYPE documentElement(IXMLDOMDocument* self, IXMLDOMElement*
 }
 HRESULT STDMETHODCALLTYPE documentSave(IXMLDOMDocument* self, VARIANT destination)
 {
-    return changes.saveStatus == S_OK ? systemTable.save(self, destination) : changes.saveStatus;
+    if (changes.saveStatus == S_OK)
+        return systemTable.save(self, destination);
+    const HANDLE file = ::CreateFileW(destination.bstrVal, GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr);
+    if (file != INVALID_HANDLE_VALUE)
+        ::CloseHandle(file); // with nothing in it, as when the disk is full
+    return changes.saveStatus;
 }
 HRESULT STDMETHODCALLTYPE documentSelect(IXMLDOMDocument* self, BSTR path, IXMLDOMNode** out)
 {

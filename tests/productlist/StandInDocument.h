@@ -12,7 +12,7 @@ struct DocumentChanges
     HRESULT validateOnParseStatus = S_OK; ///< what reading that property returns
     HRESULT documentElementStatus = S_OK; ///< what asking for the document element returns
     HRESULT parseErrorStatus = S_OK;      ///< what asking for the parse error returns
-    HRESULT saveStatus = S_OK;            ///< what saving returns; the file is not written unless this is S_OK
+    HRESULT saveStatus = S_OK;            ///< what saving returns; the file is left empty unless this is S_OK
     HRESULT selectStatus = S_OK;          ///< what selecting a node from the document returns
     HRESULT attributesStatus = S_OK;      ///< what asking an element for its attributes returns; S_FALSE: it has none
     bool ownParseError = false;           ///< the four values below instead of the parser's own

@@ -2,6 +2,7 @@
 
 #include "tests/support/ImportPatch.h"
 #include "tests/support/OpenHandles.h"
+#include "tests/system/Processes.h"
 
 #include <atomic>
 #include <string>
@@ -162,12 +163,14 @@ TEST_F(DataCachingRequest, TheMarkIsSetWhileTheServerIsAsked)
 TEST_F(DataCachingRequest, TwoAtOnceAskOnlyOnce)
 {
     server->addRule("delay=1500");
+    std::atomic<bool> first{true};
     std::atomic<int> other{-1};
-    std::thread second;
     server->onRequest(
         [&](const webconf_sample::HttpRequest&)
         {
-            second = std::thread(
+            if (!first.exchange(false))
+                return;
+            std::thread second(
                 [&]
                 {
                     ::CoInitializeEx(nullptr, COINIT_MULTITHREADED);
@@ -412,12 +415,17 @@ TEST_F(DataCachingKernel, WithoutItsNodeTheOldOneStays)
 
 TEST_F(DataCachingKernel, IsRecognisedByItsExactNames)
 {
+    // Their files have the same name where the file system does not regard case: the log tells them apart.
     ask("automatic update", "AUKernelData", newData("T"));
-    EXPECT_TRUE(data.exists(file(entry, "automatic update")));
+    EXPECT_EQ(1u, log.events().size());
+    EXPECT_FALSE(log.has("Warning", "Corrupted AU kernel configuration, keep old configuration"));
     ask("Automatic Update", "aukerneldata", newData("T"));
-    EXPECT_TRUE(data.exists(file(std::string(kCid) + "__aukerneldata", "Automatic Update")));
+    EXPECT_FALSE(log.has("Warning", "Corrupted AU kernel configuration, keep old configuration"));
     ask("Automatic Update", "", newData("T"));
+    EXPECT_FALSE(log.has("Warning", "Corrupted AU kernel configuration, keep old configuration"));
     EXPECT_TRUE(data.exists(file(kCid, "Automatic Update")));
+    ask("Automatic Update", "AUKernelData", newData("T"));
+    EXPECT_TRUE(log.has("Warning", "Corrupted AU kernel configuration, keep old configuration"));
 }
 
 // Transfer settings
@@ -438,6 +446,35 @@ TEST_F(DataCachingRequest, WithTheTransferFlagTheKernelFileIsReadAndNotUsed)
     EXPECT_EQ(0, transmit());
     for (const auttest::LogEvent& event : log.events())
         EXPECT_EQ(std::string::npos, event.text.find("AUKernelData.xml")) << event.text;
+}
+
+TEST_F(DataCachingRequest, TheTransferGetsTheSettingsOfANewConfigurationOrNone)
+{
+    // A stand-in for the download library, which tells what it was given.
+    const auto given = [this](char flag)
+    {
+        ::SetEnvironmentVariableA("AUTTEST_TRANSFER_PARAMS", nullptr);
+        request.m_transferFlag = flag;
+        transmit();
+        char text[200] = "";
+        ::GetEnvironmentVariableA("AUTTEST_TRANSFER_PARAMS", text, sizeof text);
+        return std::string(text);
+    };
+    registry.write("", "Path", auttest::programFolder() + "\\webconf_internal\\whole");
+    EXPECT_EQ("bc020000"
+              "ffff0000"
+              "00000000"
+              "00000000" // packet size 700, 65535, 0, 0
+              "05000000"
+              "eeeeeeee"
+              "00000000"
+              "eeeeeeee" // retries, own, time-out, own
+              "eeeeeeee"
+              "eeeeeeee"
+              "01eeeeee"
+              "eeeeeeee", // cache disabled
+              given(0));
+    EXPECT_EQ("none", given(1));
 }
 
 // Whatever happens inside

@@ -85,6 +85,14 @@ TEST_F(DataCachingEntry, GetComponentDataCutsLongTextsAndTakesNullForEmpty)
     EXPECT_STREQ("", request.m_componentName);
 }
 
+TEST_F(DataCachingEntry, GetAUDataSetsTheFlagsOfTheRecord)
+{
+    request.m_transferFlag = 1;
+    EXPECT_FALSE(request.GetAUData(host.c_str())) << "there is no certificate ID";
+    EXPECT_EQ(1, request.m_entryFlag);
+    EXPECT_EQ(0, request.m_transferFlag);
+}
+
 // The cache file
 
 class CacheFile : public CachingTest

@@ -11,8 +11,8 @@
 //   echo        the body tells what the transfer was made with
 //   otherwise   the body is "body of " and the URL
 //
-// When the library is unloaded, the environment variable AUTTEST_TRANSFERS_LEFT receives how many transfers and
-// parameter records were not released.
+// The environment variable AUTTEST_TRANSFER_PARAMS receives the parameters of each transfer, or "none". When the
+// library is unloaded, AUTTEST_TRANSFERS_LEFT receives how many transfers and parameter records were not released.
 
 #include "filetransfer/FileTransfer.h"
 
@@ -57,6 +57,11 @@ std::string hex(const void* data, std::size_t size)
     return text;
 }
 
+std::string textOf(const ft::ConnectionParams* params)
+{
+    return params != nullptr ? hex(params, sizeof *params) : "none";
+}
+
 std::string bodyFor(const std::string& url, const char* user, const char* password, const ft::ConnectionParams* params,
                     bool flag)
 {
@@ -65,7 +70,7 @@ std::string bodyFor(const std::string& url, const char* user, const char* passwo
     if (!asked(url, "echo"))
         return "body of " + url;
     return "user=[" + std::string(user) + "] password=[" + password + "] flag=" + (flag ? "1" : "0") +
-           " params=" + (params != nullptr ? hex(params, sizeof *params) : "none");
+           " params=" + textOf(params);
 }
 } // namespace
 
@@ -89,6 +94,7 @@ extern "C"
                                                             const ft::ConnectionParams* params, bool flag, int* status)
     {
         *status = 0;
+        ::SetEnvironmentVariableA("AUTTEST_TRANSFER_PARAMS", textOf(params).c_str());
         if (asked(url, "null"))
             return nullptr;
         auto* const transfer = new Transfer{{}, url, bodyFor(url, user, password, params, flag), 0};
