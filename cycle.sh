@@ -2,11 +2,12 @@
 # cycle.sh [updatecycle options]: builds the library and runs update cycles with it.
 #
 # Installs what is missing (as root or with sudo), builds the DLL, the sample host and a sample Web Configurator, starts
-# the latter on the loopback, and takes a workstation through five update cycles and a restart: install, nothing to do,
-# replace a file in use, wait for the installation hours, remove. Everything runs in a Windows prefix of its own below
+# the latter on the loopback, and takes a workstation with two certificates through seven update cycles and a restart:
+# install, nothing to do, replace a file in use, wait for the installation hours, go on without the server, lose a revoked
+# certificate, remove. Everything runs in a Windows prefix of its own below
 # build/, which stays there to be looked into. The exit status is 0 only when every cycle did what it claims.
 #
-# With options or a rule it runs one cycle, whose exit status is the host's (updatecycle --help lists them):
+# With options or a rule it runs one cycle of one certificate, whose exit status is the host's (updatecycle --help lists them):
 #
 #   ./cycle.sh --list                      the product list only
 #   ./cycle.sh --hours 3-4                 an installation outside its hours waits
@@ -43,7 +44,8 @@ mkdir -p "$tree"
 if [ ! -e "$tree/build.ninja" ]; then
     attempt cmake --preset "$preset" -DBUILD_TESTING=OFF -DAUTOOLS_BUILD_BENCH=OFF
 fi
-attempt cmake --build "$tree" --target updatecycle webconfigurator_program sample_depot msxmlfront
+attempt cmake --build "$tree" --target updatecycle webconfigurator_program \
+    sample_depot samplecertificate autoupdatesrv msxmlfront
 echo "built $(cd "$tree/bin" && echo *.dll updatecycle.exe webconfigurator.exe)"
 
 exec examples/cycles.sh "$tree" "$tree/wine/cycle" "$@"

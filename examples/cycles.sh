@@ -1,10 +1,11 @@
 #!/bin/bash
 # cycles.sh <build tree> <prefix> [updatecycle options]: runs what has been built in a Windows prefix made afresh.
 #
-# Without options: five update cycles of one workstation, and a restart of its Windows. Each is checked in what it printed,
-# in the files and in the registry; the exit status is 0 only when every cycle did what it claims.
-# With options, or with CYCLE_RULE, which makes the sample Web Configurator misbehave: one cycle with them, whose exit
-# status is the host's (see updatecycle --help).
+# Without options: seven update cycles of one workstation with two certificates, and a restart of its Windows. Each is
+# checked in what it printed, in the files and in the registry, and in what it asked the Web Configurator; the exit status
+# is 0 only when every cycle did what it claims.
+# With options, or with CYCLE_RULE, which makes the sample Web Configurator misbehave: one cycle of one certificate with
+# them, whose exit status is the host's (see updatecycle --help).
 #
 # The prefix stays, to be looked into with tests/support/wine/wine-run.sh.
 set -u
@@ -18,7 +19,9 @@ tree=$(readlink -f "$1")
 prefix=$2
 shift 2
 export AUTOOLS_WINE_CACHE="${AUTOOLS_WINE_CACHE:-$tree/wine/cache}" AUTOOLS_HEAP_CHECKS="${AUTOOLS_HEAP_CHECKS:-0}"
-certificate=UzFNUExFLUNJRC0x
+# The certificate IDs: one belongs to the workstation's hardware ID, one is in a certificate of its store.
+ledgerId=TGVkZ2VyLUNJRC0x
+reportsId=UmVwb3J0cy1DSUQ+MQ==
 
 mkdir -p "$(dirname "$prefix")"
 exec 9>"$prefix.lock"
@@ -27,6 +30,7 @@ flock -n 9 || {
     exit 1
 }
 work=$(mktemp -d)
+cp -r "$source/examples/webconfigurator/templates" "$work/templates"
 cleanUp()
 {
     exec 7>&- 8>&-
@@ -61,7 +65,9 @@ makeWindows()
     echo "$prefix"
 }
 
-# startServer <rule>...: it serves until its input ends, and says on which port before anything else.
+port=0
+# startServer <rule>...: it serves until its input ends, and says on which port before anything else. It keeps that port
+# when it comes back: answers are cached for a host.
 startServer()
 {
     local rules=() rule line
@@ -71,8 +77,8 @@ startServer()
     rm -f "$work/server.in"
     mkfifo "$work/server.in"
     : >"$work/requests"
-    windows "$tree/bin/webconfigurator.exe" --templates "Z:$source/examples/webconfigurator/templates" \
-        --depot "Z:$tree/depot" "${rules[@]}" <"$work/server.in" >"$work/requests" &
+    windows "$tree/bin/webconfigurator.exe" --port "$port" --templates "Z:$work/templates" --depot "Z:$tree/depot" \
+        "${rules[@]}" <"$work/server.in" >"$work/requests" &
     server=$!
     exec 8>"$work/server.in"
     line=$(firstLine "$work/requests" "$server")
@@ -104,7 +110,7 @@ firstLine()
 # host <options>: one run of the host, shown and kept in $work/output; its exit code is left in $code.
 host()
 {
-    windows "$tree/bin/updatecycle.exe" --server "127.0.0.1:$port" --cid $certificate --data 'C:\Velmora\Data' "$@" \
+    windows "$tree/bin/updatecycle.exe" --server "127.0.0.1:$port" --data 'C:\Velmora\Data' "$@" \
         </dev/null | sed -u 's/\r$//' | tee "$work/output"
     code=${PIPESTATUS[0]}
 }
@@ -113,9 +119,9 @@ host()
 
 if [ $# -gt 0 ] || [ -n "${CYCLE_RULE:-}" ]; then
     makeWindows
-    startServer ${CYCLE_RULE:+"$CYCLE_RULE"} "query.CertificateID=$certificate, file=cycle/install.xml, page=wcfgGetProductList.asp"
+    startServer ${CYCLE_RULE:+"$CYCLE_RULE"} "query.CertificateID=$ledgerId, file=cycle/install.xml, page=wcfgGetProductList.asp"
     step "Update cycle"
-    host "$@"
+    host --cid $ledgerId "$@"
     stopServer
     step "What the Web Configurator was asked"
     tail -n +2 "$work/requests"
@@ -123,7 +129,33 @@ if [ $# -gt 0 ] || [ -n "${CYCLE_RULE:-}" ]; then
     exit "$code"
 fi
 
-# -- the five cycles
+# -- the seven cycles
+
+# What the client's installer leaves, and where the two certificate IDs come from.
+makeWorkstation()
+{
+    step "The workstation's certificates"
+    mkdir -p "$drive/Velmora/AutoUpdateSRV"
+    cp "$tree/bin/autoupdatesrv.exe" "$drive/Velmora/AutoUpdateSRV"
+    {
+        windows reg add 'HKLM\Software\Velmora\7xAutoUpdate' /f /v Current_AutoUpdate_Version /d 4.2.310B1_EN &&
+            windows 'C:\Velmora\AutoUpdateSRV\autoupdatesrv.exe' -RegServer &&
+            windows reg add 'HKLM\Software\Velmora\AutoUpdateSRV' /f /v HWID /t REG_DWORD /d 4711
+    } </dev/null >/dev/null || exit 1
+    echo "the local server knows the hardware ID 4711"
+    windows "$tree/bin/samplecertificate.exe" "$reportsId" </dev/null | tr -d '\r'
+    [ "${PIPESTATUS[0]}" = 0 ] || exit 1
+}
+
+# configuration <time stamp> <S> <E>: from now on the server has this one, with installation hours from S to E o'clock.
+configuration()
+{
+    stamp=$1
+    sed "s|<TimeStamp>.*</TimeStamp>|<TimeStamp>$1</TimeStamp>|
+        s|<InstallStart>.*</InstallStart>|<InstallStart>$2</InstallStart>|
+        s|<InstallEnd>.*</InstallEnd>|<InstallEnd>$3</InstallEnd>|" \
+        "$source/examples/webconfigurator/templates/kernel-configuration.xml" >"$work/templates/configuration.xml"
+}
 
 wrong=0
 # claim <what> <command...>: one thing that must be so.
@@ -139,18 +171,62 @@ claim()
     fi
 }
 
-# cycle <title> <product list> <exit code> [updatecycle options]
+# cycle <title> <answer for the first certificate> <answer for the second> <exit code>; without answers the server is away
 cycle()
 {
-    local title=$1 list=$2 expected=$3
-    shift 3
+    local title=$1 ledgerAnswer=$2 reportsAnswer=$3 expected=$4
+    local lists="page=wcfgGetProductList.asp" configurations="page=wcfgGetConfigForProduct.asp"
     step "$title"
-    startServer "page=wcfgGetProductList.asp, file=cycle/$list"
-    host "$@"
-    stopServer
+    : >"$work/requests"
+    if [ -n "$ledgerAnswer" ]; then
+        startServer "page=wcfgGetCidListFromHWID1.asp, file=cycle/cid-list.xml" \
+            "$configurations, query.TimeStamp=$stamp, file=no-change.xml" "$configurations, file=configuration.xml" \
+            "$lists, query.CertificateID=$ledgerId, file=$ledgerAnswer" \
+            "$lists, query.CertificateID=$reportsId, file=$reportsAnswer"
+    fi
+    host
+    [ -z "$ledgerAnswer" ] || stopServer
     machine
     echo
     claim "exit code $expected" [ "$code" = "$expected" ]
+}
+
+# What the server must have been asked, besides for the files of its depot.
+askedHardware()
+{
+    echo "GET /WebConfV1/wcfgGetCidListFromHWID1.asp?HWID1=4711 HTTP/1.1"
+}
+# In an address "+" is "%2B" and a blank "%20".
+inAddress()
+{
+    sed 's/+/%2B/g; s/ /%20/g' <<<"$1"
+}
+identity()
+{
+    echo "CertificateID=$(inAddress "$1")&ProductName=Automatic%20Update&Version=4.2.310&Build=B1&Language=EN"
+}
+# askedConfiguration <time stamp>
+askedConfiguration()
+{
+    echo "GET /WebConfV1/wcfgGetConfigForProduct.asp?$(identity $ledgerId)&TimeStamp=$(inAddress "$1") HTTP/1.1"
+}
+# askedList <certificate ID>
+askedList()
+{
+    echo "GET /WebConfV1/wcfgGetProductList.asp?$(identity "$1") HTTP/1.1"
+}
+# asked <time stamp> <certificate ID>...
+asked()
+{
+    local id
+    {
+        askedHardware
+        askedConfiguration "$1"
+        shift
+        for id in "$@"; do
+            askedList "$id"
+        done
+    } | cmp - <(tail -n +2 "$work/requests" | grep -v '^GET /Depot/' | tr -d '\r')
 }
 
 clientKey='HKEY_LOCAL_MACHINE\Software\Velmora'
@@ -169,7 +245,7 @@ machine()
         find "$programs" "$words" "$reports" -type f -printf '%p\n' 2>/dev/null | sed "s|^$drive/|C:/|" | sort
         local key
         for key in "$clientKey\\7xAutoUpdate\\Products" "$clientKey\\7xAutoUpdate\\Components" "$clientKey\\Reports" \
-            "$clientKey\\7xAutoUpdate\\Data" "$sharedKey" "$classKey"; do
+            "$clientKey\\7xAutoUpdate\\Data" "$clientKey\\7xAutoUpdate\\Config\\Cache\\Certificates" "$sharedKey" "$classKey"; do
             ! windows reg query "$key" /s </dev/null >"$work/key" 2>/dev/null || tr -d '\r' <"$work/key" | grep .
         done
     } >"$work/machine"
@@ -209,9 +285,23 @@ pendingMoves()
     windows reg query "$pendingKey" /v PendingFileRenameOperations </dev/null 2>/dev/null | tr -d '\r' | grep REG_
 }
 
+oldest="1980-01-01 00:00:00"
+first="2026-01-15 10:00:00"
+second="2026-03-02 07:30:00+01"
+third="2026-03-09 07:30:00+01"
 makeWindows
+makeWorkstation
+cached="$drive/Velmora/Data/Automatic Update"
+kernelData="$drive/Velmora/Data/Client/AUKernelData.xml"
 
-cycle "Cycle 1: two products are installed" install.xml 0
+configuration "$first" 0 24
+cycle "Cycle 1: two certificates, two products are installed" cycle/ledger.xml cycle/reports.xml 0
+claim "the server was asked for the certificates, the configuration and two product lists" \
+    asked "$oldest" $ledgerId $reportsId
+claim "the configuration is the server's, and cached" \
+    eval "grep -F '<TimeStamp>$first<' '$kernelData' && cmp '$cached/127.0.0.1:$port/$ledgerId.dat' '$kernelData'"
+claim "the product lists are kept apart" \
+    eval "ls '$drive/Velmora/Data/${ledgerId}_productList.xml' '$drive/Velmora/Data/${reportsId}_productList.xml'"
 claim "both products were missing" [ "$(grep -c '^  decided      now: not installed' "$work/output")" = 2 ]
 claim "LedgerCore went where programs go: the registry names no folder for it" \
     sameAs LedgerCore/7.0.12B1_EN/ledger.txt "$programs/Ledger/ledger.txt"
@@ -221,14 +311,15 @@ claim "the installer of Reports ran" [ -f "$reports/reports.txt" ]
 claim "the COM server is registered" there 'C:\Program Files (x86)\Velmora\Ledger\Bin\LedgerServer.dll'
 claim "the word list is there once and counted twice" value '.*words.txt' 0x2
 claim "both products are recorded" eval "value Version 7.0.12B1 && value Version 2.4.3P1"
-claim "their certificate is kept with them" value "$certificate" "$certificate"
+claim "their certificates are kept with them" eval "there ' $ledgerId ' && there ' $reportsId '"
 step "What the machine looks like after cycle 1"
 cat "$work/machine"
 remember
 
-cycle "Cycle 2: nothing is necessary" install.xml 0
-claim "Ledger is what is asked for" \
-    printed 'decided      nothing to do: installed 7.0.12B1_EN is what is asked for, with all its components'
+cycle "Cycle 2: nothing is necessary" no-change.xml cycle/reports.xml 0
+claim "the server was asked only for what changed since" asked "$first" $ledgerId $reportsId
+claim "no file was brought again" eval "! grep -F /Depot/ '$work/requests'"
+claim "the first certificate has no new list, and nothing left to do" printed 'no new list  0 releases wait from before'
 claim "Reports is what is asked for" \
     printed 'decided      nothing to do: installed 2.4.3P1_EN is what is asked for, with all its components'
 claim "the machine is as it was" asLastTime
@@ -242,7 +333,8 @@ holder=$!
 exec 7>"$work/holder.in"
 firstLine "$work/holding" $holder
 
-cycle "Cycle 3: a new build of a file that is in use" new-build.xml 8
+cycle "Cycle 3: a new build of a file that is in use" cycle/ledger-new-build.xml no-change.xml 8
+claim "the server was asked for both" asked "$first" $ledgerId $reportsId
 claim "the new build was the reason" \
     printed 'decided      now: component LedgerCore: component build changed: installed 7.0.12B1, asked 7.0.12B2'
 claim "the file in use is put off" printed 'ledger.txt is in use, replaced when Windows starts next'
@@ -264,19 +356,48 @@ remember
 # Hours that begin in two hours and end in four.
 hour=$(. "$wine/environment.sh" && date +%-H)
 later=$(((hour + 2) % 24))-$(((hour + 4) % 24))
-cycle "Cycle 4: a new release outside the installation hours" new-release.xml 0 --hours "$later"
+configuration "$second" ${later%-*} ${later#*-}
+cycle "Cycle 4: a new configuration, and a new release outside its installation hours" \
+    no-change.xml cycle/reports-new-release.xml 0
+claim "the server was asked for both" asked "$first" $ledgerId $reportsId
+claim "the new configuration is there" grep -F "<TimeStamp>$second<" "$kernelData"
 claim "Reports waits for its hours" printed \
     "decided      later: outside the installation hours $later (installed 2.4.3P1_EN, asked 2.4.3P2_EN: differs)"
 claim "the event log says so" \
     printed "Installation authorized only during ${later%-*} and ${later#*-} o'clock - Pending"
-claim "Ledger has nothing to wait for" \
-    printed 'decided      nothing to do: installed 7.0.12B1_EN is what is asked for, with all its components'
-claim "the release file waits, too" [ -f "$drive/Velmora/Data/Reports.lst" ]
+claim "its record waits, too" eval "[ -f '$drive/Velmora/Data/Reports.lst' ] && there 'Data\\WebConf\\Reports'"
 claim "the old templates are still there" \
     sameAs ReportTemplates/2.4.3P1_EN/balance.txt "$reports/Templates/balance.txt"
 claim "the old release is still recorded" value Version 2.4.3P1
 
-cycle "Cycle 5: both products are removed" remove.xml 0
+remember
+
+cycle "Cycle 5: the server is away" "" "" 4
+claim "the configuration is used as it was" printed 'AUKernelData.xml is used as it was'
+claim "both certificate IDs are known nevertheless" \
+    eval "printed 'Certificate  $ledgerId' && printed 'Certificate  $reportsId'"
+claim "Reports still waits, for the hours of that configuration" printed \
+    "decided      later: outside the installation hours $later (installed 2.4.3P1_EN, asked 2.4.3P2_EN: differs)"
+claim "the machine is as it was" asLastTime
+
+cycle "Cycle 6: the second certificate is revoked" cycle/ledger-new-build.xml error-access-missing.xml 0
+claim "the server was asked for both, with the time stamp of the configuration" asked "$second" $ledgerId $reportsId
+claim "its releases are withdrawn" printed 'refused      its releases are withdrawn, and it is not asked for again'
+claim "the event log says why" \
+    printed "Warning       Get info for Certificate $reportsId returned: \"Err 102: certificate expired\""
+claim "the certificate is marked" eval "there 'Certificates\\$reportsId' && value Status Revoked"
+claim "the waiting release is gone from file and registry" \
+    eval "[ ! -e '$drive/Velmora/Data/Reports.lst' ] && notThere 'Data\\WebConf'"
+claim "what was installed stays" value Version 2.4.3P1
+claim "the other certificate goes on" \
+    printed 'decided      nothing to do: installed 7.0.12B1_EN is what is asked for, with all its components'
+
+configuration "$third" 0 24
+cycle "Cycle 7: the other certificate's list removes both products" cycle/remove.xml cycle/reports.xml 0
+claim "the revoked certificate is not asked for" asked "$second" $ledgerId
+claim "the event log says so" printed "CID $reportsId revoked or expired"
+claim "no request left a mark" eval "! windows reg query '$clientKey\\7xAutoUpdate\\Config\\Cache\\UpdatingConfigs' /s \
+    </dev/null 2>/dev/null | grep -F __config"
 claim "the installed releases are the ones to remove" \
     [ "$(grep -cE 'decided      now: installed (7.0.12B1|2.4.3P1)_EN is the one to remove' "$work/output")" = 2 ]
 claim "the word list stayed for the second product" printed 'words.txt is used by 1'
@@ -287,7 +408,7 @@ claim "the shared count is gone" notThere words.txt
 claim "neither products nor components are recorded" eval "notThere Ledger && notThere Report && notThere Wordlist"
 claim "no release file is left" eval "! ls '$drive'/Velmora/Data/*.lst"
 claim "no component is kept" eval "! find '$drive/Velmora/Data/Components' -type f | grep ."
-step "What the machine looks like after cycle 5"
+step "What the machine looks like after cycle 7"
 cat "$work/machine"
 
 step "Result"
@@ -295,4 +416,4 @@ if [ $wrong != 0 ]; then
     echo "$wrong things are not as they should be"
     exit 1
 fi
-echo "all five cycles did what they claim"
+echo "all seven cycles did what they claim"

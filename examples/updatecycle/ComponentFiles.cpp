@@ -11,11 +11,11 @@ namespace updatecycle
 namespace
 {
 bool download(const std::string& url, const std::string& folder, const std::string& name,
-              const TransferSettings& transfer)
+              const ClientConfiguration& configuration)
 {
     int status = 0;
     String data;
-    if (GetDataFromStream(url.c_str(), &status, transfer.get(), data) == 0)
+    if (GetDataFromStream(url.c_str(), &status, configuration.get(), data) == 0)
     {
         componentStep("failed", url + " does not come: transfer status " + std::to_string(status));
         return false;
@@ -31,15 +31,15 @@ bool download(const std::string& url, const std::string& folder, const std::stri
 }
 
 /// The description first: it names the rest.
-bool downloadAll(const std::string& baseUrl, const std::string& folder, const TransferSettings& transfer)
+bool downloadAll(const std::string& baseUrl, const std::string& folder, const ClientConfiguration& configuration)
 {
-    if (!download(baseUrl + kDescriptionName, folder, kDescriptionName, transfer))
+    if (!download(baseUrl + kDescriptionName, folder, kDescriptionName, configuration))
         return false;
     const std::optional<Description> description = readDescription(folder);
     if (!description)
         return false;
     for (const std::string& name : description->files)
-        if (!download(baseUrl + name, folder, name, transfer))
+        if (!download(baseUrl + name, folder, name, configuration))
             return false;
     return true;
 }
@@ -62,7 +62,7 @@ std::string levelFolder(const Settings& settings, const std::string& component, 
 }
 
 bool bringFiles(const CComponent& component, bool mayDownload, const Settings& settings,
-                const TransferSettings& transfer)
+                const ClientConfiguration& configuration)
 {
     const std::string name = component.GetName();
     const std::string fullVersion = component.GetFullVersion();
@@ -85,7 +85,7 @@ bool bringFiles(const CComponent& component, bool mayDownload, const Settings& s
         return false;
     }
     const std::string arrived = settings.downloadFolder + "\\" + name + "\\" + fullVersion;
-    const bool brought = downloadAll(baseUrl, arrived, transfer) && takeOver(arrived, level);
+    const bool brought = downloadAll(baseUrl, arrived, configuration) && takeOver(arrived, level);
     RT_Dir(arrived.c_str()).Remove(OVERWRITE_NOW_ONLY, DIR_RECURSIVE); // what did not get there
     RT_Dir((settings.downloadFolder + "\\" + name).c_str()).Remove(OVERWRITE_NOW_ONLY, DIR_TOP_ONLY);
     if (brought)

@@ -1,7 +1,7 @@
 #ifndef AUTOOLS_UPDATECYCLE_COMPONENTFILES_H
 #define AUTOOLS_UPDATECYCLE_COMPONENTFILES_H
 
-#include "ProductList.h"
+#include "ClientConfiguration.h"
 #include "Settings.h"
 
 #include <7xAutoUpdateTools.h>
@@ -18,7 +18,7 @@ std::string levelFolder(const Settings& settings, const std::string& component, 
 /// scheme names a level that is there already, and so does any location of a release that must not be downloaded.
 /// False, having said why, when they cannot be brought.
 bool bringFiles(const CComponent& component, bool mayDownload, const Settings& settings,
-                const TransferSettings& transfer);
+                const ClientConfiguration& configuration);
 } // namespace updatecycle
 
 #endif

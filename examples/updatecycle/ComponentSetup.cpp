@@ -20,15 +20,15 @@ void sayUsers(RT_File& file)
 } // namespace
 
 ComponentSetup::ComponentSetup(std::string product, std::string productFolder, bool mayDownload,
-                               const Settings& settings, const TransferSettings& transfer)
+                               const Settings& settings, const ClientConfiguration& configuration)
     : m_product(std::move(product)), m_productFolder(std::move(productFolder)), m_mayDownload(mayDownload),
-      m_settings(settings), m_transfer(transfer)
+      m_settings(settings), m_configuration(configuration)
 {
 }
 
 bool ComponentSetup::bring(const CComponent& component) const
 {
-    return bringFiles(component, m_mayDownload, m_settings, m_transfer);
+    return bringFiles(component, m_mayDownload, m_settings, m_configuration);
 }
 
 bool ComponentSetup::install(CComponent& component, WHEN when) const

@@ -1,8 +1,8 @@
 #ifndef AUTOOLS_UPDATECYCLE_COMPONENTSETUP_H
 #define AUTOOLS_UPDATECYCLE_COMPONENTSETUP_H
 
+#include "ClientConfiguration.h"
 #include "Description.h"
-#include "ProductList.h"
 #include "Settings.h"
 
 #include <7xAutoUpdateTools.h>
@@ -12,12 +12,12 @@
 namespace updatecycle
 {
 /// Puts the components of one product in their places and takes them away again, and records it. Every member says what
-/// it does, and gives false, having said why, when it fails. Borrows settings and transfer settings.
+/// it does, and gives false, having said why, when it fails. Borrows settings and configuration.
 class ComponentSetup
 {
 public:
     ComponentSetup(std::string product, std::string productFolder, bool mayDownload, const Settings& settings,
-                   const TransferSettings& transfer);
+                   const ClientConfiguration& configuration);
 
     /// Only brings the component's files into the component folder.
     bool bring(const CComponent& component) const;
@@ -38,7 +38,7 @@ private:
     const std::string m_productFolder;
     const bool m_mayDownload;
     const Settings& m_settings;
-    const TransferSettings& m_transfer;
+    const ClientConfiguration& m_configuration;
 };
 
 /// Removes a folder that holds nothing any more.

@@ -1,15 +1,19 @@
 #include "Cycle.h"
 
-#include "ProductList.h"
+#include "DeliveredReleases.h"
+#include "ProductLists.h"
 #include "ReleaseList.h"
-#include "ReleaseRecords.h"
 #include "ReleaseSetup.h"
 #include "ReleaseTable.h"
+#include "Workstation.h"
 
 #include <7xAutoUpdateTools.h>
 
 #include <cstdio>
 #include <map>
+#include <optional>
+#include <string>
+#include <vector>
 
 namespace updatecycle
 {
@@ -43,8 +47,35 @@ void permit(CRelease& release, const Hours& hours)
                        parsed.IsEnabled(), hours.start, hours.end, false, false, false);
 }
 
-ExitCode installAll(const ReleaseList& releases, const Settings& settings, const TransferSettings& transfer)
+/// Those of this workstation, unless the settings name one or a list of local releases.
+std::vector<std::string> certificateIdsOf(const Settings& settings)
 {
+    if (!settings.certificateId.empty() || !settings.url.empty())
+        return {settings.certificateId};
+    Workstation workstation;
+    workstation.identify(settings.server);
+    return workstation.certificateIds();
+}
+
+/// An answer that does not come does not keep the others from being asked for; the first failure is the code.
+ExitCode askForReleases(ReleaseList& releases, const std::vector<std::string>& certificateIds, const Settings& settings,
+                        const ClientConfiguration& configuration)
+{
+    Log(kPhase1Start, "Update cycle: product lists of %d certificates", static_cast<int>(certificateIds.size()));
+    ExitCode answered = kDone;
+    for (const std::string& certificateId : certificateIds)
+    {
+        const ExitCode code = updateReleases(releases, certificateId, settings, configuration);
+        if (answered == kDone)
+            answered = code;
+    }
+    Log(kPhase1End, "Update cycle: %d releases", releases.count());
+    return answered;
+}
+
+ExitCode installAll(const ReleaseList& releases, const Settings& settings, const ClientConfiguration& configuration)
+{
+    const std::optional<Hours> hours = settings.hours ? settings.hours : configuration.installationHours();
     Log(kPhase3Start, "Update cycle: installation");
     std::map<Outcome, int> outcomes;
     {
@@ -52,9 +83,9 @@ ExitCode installAll(const ReleaseList& releases, const Settings& settings, const
         releases.forEach(
             [&](CRelease& release)
             {
-                if (settings.hours)
-                    permit(release, *settings.hours);
-                ++outcomes[processRelease(release, settings, transfer)];
+                if (hours)
+                    permit(release, *hours);
+                ++outcomes[processRelease(release, settings, configuration)];
             });
     }
     String summary;
@@ -72,31 +103,29 @@ ExitCode installAll(const ReleaseList& releases, const Settings& settings, const
 
 ExitCode runCycle(const Settings& settings, bool listOnly)
 {
-    const TransferSettings transfer;
-    Log(kPhase1Start, "Update cycle: product list from %s", settings.url.c_str());
-    phase1xml list(settings.url.c_str());
-    const ExitCode fetched = fetchProductList(list, transfer);
-    if (fetched != kDone)
-        return fetched;
-
-    ReleaseList releases;
-    if (list.ParseXMLDocument(releases.get(), settings.certificateId.c_str()) != 1)
+    const std::vector<std::string> certificateIds = certificateIdsOf(settings);
+    if (certificateIds.empty())
     {
-        std::printf("The answer has no product list.\n");
-        return kBadAnswer;
+        std::printf("This workstation has no certificate ID; install a certificate, or name one with --cid.\n");
+        return kNoSettings;
     }
-    Log(kPhase1End, "Update cycle: %d releases", releases.count());
-    std::printf("%d releases, list number %lu, country %s\n", releases.count(), list.GetModifCounter(),
-                CRegAutoUpdate(true).GetCountryCode());
+    const ClientConfiguration configuration;
+    ReleaseList releases;
+    loadDelivered(releases, settings.dataFolder);
+    const ExitCode answered = askForReleases(releases, certificateIds, settings, configuration);
     if (releases.count() == 0)
     {
-        std::printf("The server has nothing for this workstation.\n");
-        return kDone;
+        if (answered == kDone)
+            std::printf("The server has nothing for this workstation.\n");
+        return saveDelivered(releases, certificateIds, settings.dataFolder) ? answered : kRecordsNotSaved;
     }
     std::printf("\n");
     printTable(releases);
-    if (!saveRecords(releases, settings.dataFolder))
+    if (!saveDelivered(releases, certificateIds, settings.dataFolder))
         return kRecordsNotSaved;
-    return listOnly ? kDone : installAll(releases, settings, transfer);
+    if (listOnly)
+        return answered;
+    const ExitCode installed = installAll(releases, settings, configuration);
+    return installed != kDone ? installed : answered;
 }
 } // namespace updatecycle

@@ -68,11 +68,11 @@ private:
 };
 
 /// In the order of the list, which later components may rely on; the first failure ends it.
-Outcome install(const CRelease& release, const Settings& settings, const TransferSettings& transfer)
+Outcome install(const CRelease& release, const Settings& settings, const ClientConfiguration& configuration)
 {
     const std::string folder = folderOf(release.GetName());
     const bool onlyBring = release.IsPreInstallOnly() != 0;
-    const ComponentSetup setup(release.GetName(), folder, release.IsNoDownload() == 0, settings, transfer);
+    const ComponentSetup setup(release.GetName(), folder, release.IsNoDownload() == 0, settings, configuration);
     const auto& components = release.GetComponentList();
     for (POSITION position = components.GetHeadPosition(); position != nullptr;)
     {
@@ -92,11 +92,11 @@ Outcome install(const CRelease& release, const Settings& settings, const Transfe
 }
 
 /// What was installed goes, the last component first, whatever the list says of components now.
-Outcome remove(const CRelease& release, const Settings& settings, const TransferSettings& transfer)
+Outcome remove(const CRelease& release, const Settings& settings, const ClientConfiguration& configuration)
 {
     const std::string product = release.GetName();
     const std::string folder = folderOf(product);
-    const ComponentSetup setup(product, folder, true, settings, transfer);
+    const ComponentSetup setup(product, folder, true, settings, configuration);
     const std::vector<std::string> components = recordedComponents(product);
     for (auto component = components.rbegin(); component != components.rend(); ++component)
     {
@@ -110,22 +110,22 @@ Outcome remove(const CRelease& release, const Settings& settings, const Transfer
     return Outcome::done;
 }
 
-Outcome carryOut(CRelease& release, const Settings& settings, const TransferSettings& transfer)
+Outcome carryOut(CRelease& release, const Settings& settings, const ClientConfiguration& configuration)
 {
     switch (release.GetAction())
     {
     case kRemove:
-        return remove(release, settings, transfer);
+        return remove(release, settings, configuration);
     case kDisable:
         CRegProduct(release.GetName(), false).Disable();
         releaseStep("disabled", release.GetName());
         return Outcome::done;
     default:
-        return install(release, settings, transfer);
+        return install(release, settings, configuration);
     }
 }
 
-Outcome decideAndCarryOut(CRelease& release, const Settings& settings, const TransferSettings& transfer)
+Outcome decideAndCarryOut(CRelease& release, const Settings& settings, const ClientConfiguration& configuration)
 {
     const Decision decision = decide(release);
     static const char* const kAnswers[] = {"now: ", "later: ", "nothing to do: "};
@@ -134,11 +134,11 @@ Outcome decideAndCarryOut(CRelease& release, const Settings& settings, const Tra
         return Outcome::later;
     if (decision.answer == Decision::kNothing)
         return Outcome::nothingToDo;
-    return carryOut(release, settings, transfer);
+    return carryOut(release, settings, configuration);
 }
 } // namespace
 
-Outcome processRelease(CRelease& release, const Settings& settings, const TransferSettings& transfer)
+Outcome processRelease(CRelease& release, const Settings& settings, const ClientConfiguration& configuration)
 {
     std::printf("\n%s %s: %s\n", release.GetName(), release.GetFullVersion(), actionWord(release.GetAction()));
     if (!isPlainName(release.GetName()))
@@ -146,7 +146,7 @@ Outcome processRelease(CRelease& release, const Settings& settings, const Transf
         releaseStep("failed", "its name is no folder name");
         return Outcome::failed;
     }
-    const Outcome outcome = decideAndCarryOut(release, settings, transfer);
+    const Outcome outcome = decideAndCarryOut(release, settings, configuration);
     if (outcome == Outcome::done || outcome == Outcome::nothingToDo)
     {
         const bool installed = *CRegProduct(release.GetName(), true).GetVersion() != '\0';

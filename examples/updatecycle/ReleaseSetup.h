@@ -1,7 +1,7 @@
 #ifndef AUTOOLS_UPDATECYCLE_RELEASESETUP_H
 #define AUTOOLS_UPDATECYCLE_RELEASESETUP_H
 
-#include "ProductList.h"
+#include "ClientConfiguration.h"
 #include "Settings.h"
 
 #include <7xAutoUpdateTools.h>
@@ -19,7 +19,7 @@ enum class Outcome
 
 /// Decides on a release and carries the decision out, and says each step. The record file of a release that waits or
 /// failed is kept, that of a processed one goes.
-Outcome processRelease(CRelease& release, const Settings& settings, const TransferSettings& transfer);
+Outcome processRelease(CRelease& release, const Settings& settings, const ClientConfiguration& configuration);
 } // namespace updatecycle
 
 #endif

@@ -24,6 +24,15 @@ bool makeDataFolder(CRegAutoUpdate& client, const Options& options, Settings& se
     return false;
 }
 
+/// The home of the client's own configuration: below the data folder, too, unless the installer chose another.
+void makeClientFolder(CRegAutoUpdate& client, const Settings& settings)
+{
+    if (*client.GetPath() == '\0')
+        client.SetPath((settings.dataFolder + "\\Client").c_str());
+    std::error_code error;
+    std::filesystem::create_directories(client.GetPath(), error); // without it the configuration does not stay
+}
+
 /// Below the data folder, unless the client's installer chose others.
 void makeComponentFolders(CRegAutoUpdate& client, Settings& settings)
 {
@@ -33,16 +42,6 @@ void makeComponentFolders(CRegAutoUpdate& client, Settings& settings)
         client.SetComponentPath((settings.dataFolder + "\\Components").c_str());
     settings.downloadFolder = client.GetDownloadPath();
     settings.componentFolder = client.GetComponentPath();
-}
-
-std::string listUrl(const char* host, const Options& options)
-{
-    DataExchange request;
-    std::snprintf(request.m_host, sizeof request.m_host, "%s", host);
-    std::snprintf(request.m_certificateId, sizeof request.m_certificateId, "%s", options.certificateId.c_str());
-    std::snprintf(request.m_productName, sizeof request.m_productName, "Automatic Update");
-    request.UpdateVersions(); // without an installed client the versions stay empty, and the page does not need them
-    return static_cast<const char*>(request.ConstructURL("wcfgGetProductList.asp"));
 }
 } // namespace
 
@@ -56,9 +55,12 @@ std::optional<Settings> makeSettings(const Options& options)
     CRegAutoUpdate client(false);
     Settings settings;
     settings.certificateId = options.certificateId;
+    settings.url = options.url;
     settings.hours = options.hours;
     if (!makeDataFolder(client, options, settings))
         return std::nullopt;
+    if (settings.url.empty() && settings.certificateId.empty())
+        makeClientFolder(client, settings);
     if (!options.listOnly)
         makeComponentFolders(client, settings);
 
@@ -69,7 +71,6 @@ std::optional<Settings> makeSettings(const Options& options)
         return std::nullopt;
     }
     settings.server = host;
-    settings.url = options.url.empty() ? listUrl(host, options) : options.url;
     return settings;
 }
 } // namespace updatecycle

@@ -41,9 +41,8 @@ int run(const Options& options)
     const std::optional<Settings> settings = makeSettings(options);
     if (!settings)
         return kNoSettings;
-    std::printf("Server       %s\nCertificate  %s\nData folder  %s\nProduct list %s\n\n", settings->server.c_str(),
-                settings->certificateId.empty() ? "none, local releases" : settings->certificateId.c_str(),
-                settings->dataFolder.c_str(), settings->url.c_str());
+    std::printf("Server       %s\nData folder  %s\n",
+                settings->url.empty() ? settings->server.c_str() : settings->url.c_str(), settings->dataFolder.c_str());
     ExitCode code = kUnexpected;
     try
     {

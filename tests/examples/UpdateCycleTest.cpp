@@ -42,7 +42,8 @@ TEST_F(UpdateCycle, TurnsAProductListIntoReleases)
                  "(discontinued)\r\n");
     expectOutput(
         "  1004    Archive           3.3.302B2_EN  disable    any time          Velmora Archive, no download\r\n");
-    expectOutput("Phase1_Start  Update cycle: product list from http://" + server->host());
+    expectOutput("Phase1_Start  Update cycle: product lists of 1 certificates\r\n");
+    expectOutput("Info          Update cycle: product list from http://" + server->host());
     expectOutput("Phase1_End    Update cycle: 4 releases\r\n");
 }
 
@@ -67,7 +68,8 @@ TEST_F(UpdateCycle, WritesNothingButItsOwnSettings)
     EXPECT_EQ("CH", registry.readText("", "CountryCode"));
     EXPECT_EQ(2u, registry.valueNames("").size());
     EXPECT_EQ(server->host(), registry.readText("Config", "WebServer"));
-    EXPECT_EQ(1u, registry.valueNames("Config").size());
+    EXPECT_TRUE(registry.valueExists("Config", "DiffWebConfDate")); // the server's clock, from its answer
+    EXPECT_EQ(2u, registry.valueNames("Config").size());
     EXPECT_EQ("7.0.12P3_DE", registry.readText("Data\\WebConf\\Ledger", ""));
     EXPECT_EQ(kCertificate, registry.readText("Data\\WebConf\\Ledger", kCertificate));
     EXPECT_EQ(4u, registry.subkeys("Data\\WebConf").size());
@@ -86,7 +88,7 @@ TEST_F(UpdateCycle, WithoutACertificateTheReleasesAreLocal)
     EXPECT_TRUE(folder.exists("local_Ledger.lst"));
     EXPECT_EQ("7.0.12P3_DE", registry.readText("Data\\Local", "Ledger"));
     EXPECT_FALSE(registry.keyExists("Data\\WebConf"));
-    EXPECT_FALSE(registry.keyExists("Config"));
+    EXPECT_FALSE(registry.valueExists("Config", "WebServer"));
 }
 
 TEST_F(UpdateCycle, ShowsThatItIsDownloading)
