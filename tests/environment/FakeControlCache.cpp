@@ -17,14 +17,6 @@ std::string standInFolder(const std::string& name)
     const std::string program = path;
     return program.substr(0, program.rfind('\\')) + "\\occache\\" + name;
 }
-
-HANDLE handleOf(std::size_t number) { return reinterpret_cast<HANDLE>(number); }
-
-// Handles are numbers that are neither null nor those of one another.
-const HANDLE kWalk = handleOf(0x7000);
-constexpr std::size_t kFirstControl = 0x100;
-
-std::size_t indexOf(HANDLE control) { return reinterpret_cast<std::size_t>(control) - kFirstControl; }
 } // namespace
 
 FakeControlCache::FakeControlCache(const std::string& name)
@@ -41,21 +33,34 @@ FakeControlCache::FakeControlCache(const std::string& name)
 FakeControlCache::~FakeControlCache()
 {
     EXPECT_EQ(0, m_openWalks) << "a walk was not closed";
-    for (std::size_t i = 0; i < m_open.size(); ++i)
-        EXPECT_FALSE(m_open[i]) << "control " << i << " was not released";
+    expectAllReleased();
     m_library.reset();
     EXPECT_EQ(nullptr, ::GetModuleHandleA("OCCACHE.DLL")) << "still loaded";
     ::SetDllDirectoryA(nullptr);
 }
 
+// A control's handle is its place in the list, the walk's the cache itself: no two are alike.
+std::size_t FakeControlCache::indexOf(HANDLE control) const
+{
+    std::size_t index = 0;
+    while (index < controls.size() && control != &controls[index])
+        ++index;
+    return index;
+}
+
+void FakeControlCache::expectAllReleased() const
+{
+    for (std::size_t i = 0; i < m_open.size(); ++i)
+        EXPECT_FALSE(m_open[i]) << "control " << i << " was not released";
+}
+
 LONG FakeControlCache::find(HANDLE* control)
 {
-    for (const bool open : m_open)
-        EXPECT_FALSE(open) << "a control before this one was not released";
+    expectAllReleased();
     *control = nullptr;
     if (m_next == controls.size())
         return endOfWalk;
-    *control = handleOf(kFirstControl + m_next);
+    *control = &controls[m_next];
     m_open.resize(m_next + 1);
     m_open[m_next++] = true;
     return ERROR_SUCCESS;
@@ -65,6 +70,7 @@ LONG FakeControlCache::findFirst(HANDLE* walk, HANDLE* control, const char* cach
 {
     EXPECT_EQ(nullptr, cacheFolder) << "the browser's own";
     EXPECT_EQ(0, m_openWalks);
+    expectAllReleased();
     steps.push_back("first");
     m_next = 0;
     m_open.clear();
@@ -72,7 +78,7 @@ LONG FakeControlCache::findFirst(HANDLE* walk, HANDLE* control, const char* cach
     *walk = nullptr;
     if (status == ERROR_SUCCESS)
     {
-        *walk = kWalk;
+        *walk = this;
         ++m_openWalks;
     }
     return status;
@@ -80,7 +86,7 @@ LONG FakeControlCache::findFirst(HANDLE* walk, HANDLE* control, const char* cach
 
 LONG FakeControlCache::findNext(HANDLE* walk, HANDLE* control)
 {
-    EXPECT_EQ(kWalk, *walk);
+    EXPECT_EQ(this, *walk);
     EXPECT_EQ(1, m_openWalks);
     steps.push_back("next");
     return find(control);
@@ -132,7 +138,7 @@ BOOL FakeControlCache::releaseHandle(HANDLE control)
 
 LONG FakeControlCache::findClose(HANDLE walk)
 {
-    EXPECT_EQ(kWalk, walk);
+    EXPECT_EQ(this, walk);
     steps.push_back("close");
     --m_openWalks;
     return ERROR_SUCCESS;

@@ -50,6 +50,8 @@ public:
     LONG findClose(HANDLE walk) override;
 
 private:
+    std::size_t indexOf(HANDLE control) const;
+    void expectAllReleased() const;
     LONG find(HANDLE* control);
 
     aut::UniqueModule m_library;

@@ -380,6 +380,7 @@ TEST_F(SessionsTest, ThreadsThatComeAtOnceGetOneInstanceInitialisedOnce)
     constexpr int kThreads = 8;
     std::vector<CWTSApiWrapper*> seen(kThreads);
     std::vector<std::thread> threads;
+    threads.reserve(seen.size());
     std::atomic<int> ready{0};
     for (CWTSApiWrapper*& own : seen)
     {
@@ -405,6 +406,7 @@ TEST_F(SessionsTest, ThreadsMayAskAtOnce)
     m_server.texts = {{{1, kUserName}, "u"}, {{1, kDomainName}, "D"}, {{kCurrentSession, kClientName}, "LAPTOP"}};
     std::atomic<int> right{0};
     std::vector<std::thread> threads;
+    threads.reserve(4);
     for (int i = 0; i < 4; ++i)
     {
         threads.emplace_back(
