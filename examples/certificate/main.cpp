@@ -24,11 +24,13 @@ std::vector<BYTE> encodedName(std::vector<std::string> values)
     char commonName[] = szOID_COMMON_NAME;
     char unit[] = szOID_ORGANIZATIONAL_UNIT_NAME;
     std::vector<CERT_RDN_ATTR> attributes;
+    attributes.reserve(values.size());
     for (std::string& value : values)
         attributes.push_back({attributes.empty() ? commonName : unit,
                               CERT_RDN_PRINTABLE_STRING,
                               {static_cast<DWORD>(value.size()), reinterpret_cast<BYTE*>(value.data())}});
     std::vector<CERT_RDN> parts;
+    parts.reserve(attributes.size());
     for (CERT_RDN_ATTR& attribute : attributes)
         parts.push_back({1, &attribute});
     CERT_NAME_INFO name{static_cast<DWORD>(parts.size()), parts.data()};

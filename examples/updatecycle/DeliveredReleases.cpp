@@ -8,11 +8,12 @@ namespace updatecycle
 {
 namespace
 {
-const std::string kLocal = "local_"; ///< begins the name of a local release's record file
+const char kLocal[] = "local_"; ///< begins the name of a local release's record file
 
-std::string recordFile(const std::string& dataFolder, const CRelease& release)
+std::string recordFile(const std::string& dataFolder, const std::string& name)
 {
-    return dataFolder + "\\" + (*release.GetCertificateID() == '\0' ? kLocal : "") + release.GetName() + ".lst";
+    std::string path = dataFolder;
+    return path.append("\\").append(name).append(".lst");
 }
 
 /// Drops the record files of all releases but the local ones. The library drops only those that the registry notes, and
@@ -36,7 +37,7 @@ void loadDelivered(ReleaseList& releases, const std::string& dataFolder)
     for (POSITION position = names.GetHeadPosition(); position != nullptr;)
     {
         const std::string name = static_cast<const char*>(names.GetNext(position));
-        std::ifstream file(dataFolder + "\\" + name + ".lst");
+        std::ifstream file(recordFile(dataFolder, name));
         auto release = std::make_unique<CRelease>();
         if (!file || release->Serialize(file) != 1)
             std::printf("%s was delivered, but its record cannot be read.\n", name.c_str());
@@ -58,10 +59,11 @@ bool saveDelivered(const ReleaseList& releases, const std::vector<std::string>& 
     releases.forEach(
         [&](CRelease& release)
         {
+            const std::string prefix = *release.GetCertificateID() == '\0' ? kLocal : "";
             const bool saved = SaveConfigFile(&release);
             allSaved = allSaved && saved;
             if (saved)
-                std::printf("  %s\n", recordFile(dataFolder, release).c_str());
+                std::printf("  %s\n", recordFile(dataFolder, prefix + release.GetName()).c_str());
             else
                 std::printf("  %s: cannot be saved\n", release.GetName());
         });
