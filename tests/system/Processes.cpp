@@ -84,13 +84,18 @@ std::string helperProgram() { return "\"" + programFolder() + "\\" + kHelper + "
 
 HelperRun runHelper(const std::string& arguments, const std::string& program)
 {
+    return runProgram(programFolder() + "\\" + program, arguments);
+}
+
+HelperRun runProgram(const std::string& program, const std::string& arguments)
+{
     SECURITY_ATTRIBUTES inheritable{sizeof inheritable, nullptr, TRUE};
     aut::UniqueHandle reader;
     aut::UniqueHandle writer;
     EXPECT_TRUE(::CreatePipe(reader.put(), writer.put(), &inheritable, 0));
     ::SetHandleInformation(reader.get(), HANDLE_FLAG_INHERIT, 0);
 
-    const Child child("\"" + programFolder() + "\\" + program + "\" " + arguments, writer.get());
+    const Child child("\"" + program + "\" " + arguments, writer.get());
     writer.reset(); // so that the pipe ends with the child
     std::istringstream output(readAll(reader.get()));
     HelperRun run;

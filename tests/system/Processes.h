@@ -42,6 +42,8 @@ struct HelperRun
 };
 /// Runs it, or another helper from the same folder, and waits for its end.
 HelperRun runHelper(const std::string& arguments, const std::string& program = "system_helper.exe");
+/// Any program, by its full path, in the same way.
+HelperRun runProgram(const std::string& program, const std::string& arguments);
 /// Quoted path of the program, to start it by other means.
 std::string helperProgram();
 
