@@ -1,6 +1,7 @@
 // What the platform's own terminal services say. Cases that it lacks: CWTSApiWrapperSessionsTest.cpp.
 #include "system/CWTSApiWrapper.h"
 
+#include "platform/UniqueResource.h"
 #include "tests/support/ClientRegistry.h"
 #include "tests/support/ImportPatch.h"
 #include "tests/support/LogFile.h"
@@ -10,6 +11,7 @@
 
 #include <cstring>
 #include <string>
+#include <thread>
 #include <vector>
 
 using namespace auttest;
@@ -78,6 +80,38 @@ TEST_F(CWTSApiWrapperTest, TheOwnSessionsAccountIsTheOwnUser)
 TEST_F(CWTSApiWrapperTest, TheConsolesSessionIsNotRemote)
 {
     EXPECT_EQ(0, CWTSApiWrapper::GetInstance()->IsWTSSession());
+}
+
+TEST_F(CWTSApiWrapperTest, NoThreadGetsTheInstanceBeforeItIsInitialised)
+{
+    static aut::UniqueHandle initialising;
+    static aut::UniqueHandle handedOut;
+    static DWORD meanwhile;
+    initialising.reset(::CreateEventA(nullptr, TRUE, FALSE, nullptr));
+    handedOut.reset(::CreateEventA(nullptr, TRUE, FALSE, nullptr));
+    meanwhile = WAIT_FAILED;
+    using Load = HMODULE WINAPI(const char*);
+    Load* const load = [](const char* name) -> HMODULE
+    {
+        if (std::strcmp(name, "Kernel32.dll") == 0)
+        {
+            ::SetEvent(initialising.get());
+            meanwhile = ::WaitForSingleObject(handedOut.get(), 100);
+        }
+        return ::LoadLibraryA(name);
+    };
+    const ImportPatch loading("LoadLibraryA", load);
+    std::thread second(
+        []
+        {
+            ::WaitForSingleObject(initialising.get(), INFINITE);
+            CWTSApiWrapper::GetInstance();
+            ::SetEvent(handedOut.get());
+        });
+    CWTSApiWrapper::GetInstance();
+    second.join();
+    EXPECT_EQ(DWORD{WAIT_TIMEOUT}, meanwhile);
+    EXPECT_EQ(DWORD{WAIT_OBJECT_0}, ::WaitForSingleObject(handedOut.get(), 0));
 }
 
 TEST_F(CWTSApiWrapperTest, UnloadsWhatItLoaded)
