@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <cstring>
 #include <string>
 #include <thread>
@@ -112,6 +113,39 @@ TEST_F(CWTSApiWrapperTest, NoThreadGetsTheInstanceBeforeItIsInitialised)
     second.join();
     EXPECT_EQ(DWORD{WAIT_TIMEOUT}, meanwhile);
     EXPECT_EQ(DWORD{WAIT_OBJECT_0}, ::WaitForSingleObject(handedOut.get(), 0));
+}
+
+TEST_F(CWTSApiWrapperTest, ThreadsThatInitialiseItOnceMoreLoadTheLibraryOnce)
+{
+    static aut::UniqueHandle loadingNow;
+    static aut::UniqueHandle loadingTwice;
+    static std::atomic<int> loads;
+    loadingNow.reset(::CreateEventA(nullptr, TRUE, FALSE, nullptr));
+    loadingTwice.reset(::CreateEventA(nullptr, TRUE, FALSE, nullptr));
+    loads = -1;
+    using Load = HMODULE WINAPI(const char*);
+    Load* const load = [](const char* name) -> HMODULE
+    {
+        if (std::strcmp(name, "WtsApi32.dll") != 0)
+            return ::LoadLibraryA(name);
+        const int before = loads++;
+        if (before < 0)
+            return nullptr; // when the instance is made
+        ::SetEvent(before == 0 ? loadingNow.get() : loadingTwice.get());
+        ::WaitForSingleObject(loadingTwice.get(), 100);
+        return ::LoadLibraryA(name);
+    };
+    const ImportPatch loading("LoadLibraryA", load);
+    CWTSApiWrapper* const wrapper = CWTSApiWrapper::GetInstance();
+    std::thread second(
+        [wrapper]
+        {
+            ::WaitForSingleObject(loadingNow.get(), INFINITE);
+            wrapper->IsWTSSession();
+        });
+    wrapper->IsWTSSession();
+    second.join();
+    EXPECT_EQ(1, loads);
 }
 
 TEST_F(CWTSApiWrapperTest, UnloadsWhatItLoaded)
