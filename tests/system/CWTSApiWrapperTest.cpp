@@ -105,7 +105,7 @@ TEST_F(CWTSApiWrapperTest, NoThreadGetsTheInstanceBeforeItIsInitialised)
     std::thread second(
         []
         {
-            ::WaitForSingleObject(initialising.get(), INFINITE);
+            ::WaitForSingleObject(initialising.get(), 10000);
             CWTSApiWrapper::GetInstance();
             ::SetEvent(handedOut.get());
         });
@@ -140,7 +140,7 @@ TEST_F(CWTSApiWrapperTest, ThreadsThatInitialiseItOnceMoreLoadTheLibraryOnce)
     std::thread second(
         [wrapper]
         {
-            ::WaitForSingleObject(loadingNow.get(), INFINITE);
+            ::WaitForSingleObject(loadingNow.get(), 10000);
             wrapper->IsWTSSession();
         });
     wrapper->IsWTSSession();
