@@ -57,19 +57,27 @@ LogFile::LogFile(std::string path) : m_path(std::move(path)) { mark(); }
 
 std::string LogFile::content() const { return fileExists(m_path) ? readFile(m_path) : std::string(); }
 
-std::vector<LogEvent> LogFile::allEvents() const
+std::string LogFile::contentBeforeEnd() const
 {
-    const std::string bytes = content();
-    std::vector<LogEvent> events;
+    std::string bytes = content();
     if (bytes.empty())
-        return events;
+        return bytes;
     const bool whole =
         bytes.size() > kClosing.size() && bytes.compare(bytes.size() - kClosing.size(), kClosing.size(), kClosing) == 0;
     EXPECT_TRUE(whole) << m_path << " does not end with its closing tag";
+    if (whole)
+        bytes.resize(bytes.size() - kClosing.size());
+    return bytes;
+}
 
+std::vector<LogEvent> LogFile::events() const
+{
     constexpr std::string_view kOpen = "<LogEvent>";
     constexpr std::string_view kClose = "</LogEvent>";
+    const std::string bytes = contentBeforeEnd();
+    std::vector<LogEvent> events;
     std::string_view rest = bytes;
+    rest.remove_prefix(std::min(m_seen, rest.size()));
     for (std::size_t begin = rest.find(kOpen); begin != std::string_view::npos; begin = rest.find(kOpen))
     {
         const std::size_t end = rest.find(kClose, begin);
@@ -86,13 +94,6 @@ std::vector<LogEvent> LogFile::allEvents() const
     return events;
 }
 
-std::vector<LogEvent> LogFile::events() const
-{
-    std::vector<LogEvent> events = allEvents();
-    events.erase(events.begin(), events.begin() + static_cast<std::ptrdiff_t>(std::min(m_seen, events.size())));
-    return events;
-}
-
 bool LogFile::has(const std::string& type, const std::string& text) const
 {
     for (const LogEvent& event : events())
@@ -103,7 +104,7 @@ bool LogFile::has(const std::string& type, const std::string& text) const
     return false;
 }
 
-void LogFile::mark() { m_seen = allEvents().size(); }
+void LogFile::mark() { m_seen = contentBeforeEnd().size(); }
 
 std::string LogFile::ownPath()
 {

@@ -23,7 +23,8 @@ void PrintTo(const LogEvent& event, std::ostream* out);
 ///     EXPECT_FALSE(file.Delete());
 ///     EXPECT_THAT... or EXPECT_EQ((std::vector<auttest::LogEvent>{{"Error", "..."}}), log.events());
 ///
-/// The mark is a number of events, so a log that is rotated or deleted in between must be read with a new LogFile.
+/// The mark is a place in the file, and only what lies behind it is read: what earlier tests logged costs nothing. So a
+/// log that is rotated or deleted in between must be read with a new LogFile.
 class LogFile
 {
 public:
@@ -46,10 +47,11 @@ public:
     static std::string ownPath();
 
 private:
-    std::vector<LogEvent> allEvents() const;
+    /// The file's bytes without its closing tag. Fails the running test when that is missing.
+    std::string contentBeforeEnd() const;
 
     std::string m_path;
-    std::size_t m_seen = 0;
+    std::size_t m_seen = 0; ///< bytes
 };
 } // namespace auttest
 

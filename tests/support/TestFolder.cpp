@@ -7,7 +7,7 @@
 #include <windows.h>
 
 #include <fstream>
-#include <iterator>
+#include <sstream>
 #include <vector>
 
 namespace auttest
@@ -81,7 +81,9 @@ std::string readFile(const std::string& path)
 {
     std::ifstream file(path, std::ios::binary);
     EXPECT_TRUE(file.is_open()) << "cannot read " << path;
-    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    std::ostringstream bytes;
+    bytes << file.rdbuf(); // in large pieces
+    return bytes.str();
 }
 
 bool fileExists(const std::string& path) { return ::GetFileAttributesA(path.c_str()) != INVALID_FILE_ATTRIBUTES; }
