@@ -1,8 +1,10 @@
-# autools_add_suite(name SOURCES a.cpp ... [LIBS lib ...] [INTERNAL | BARE]): one test program `<name>_tests` and one test.
+# autools_add_suite(name SOURCES a.cpp ... [LIBS lib ...] [INTERNAL | BARE] [LARGE pattern]): one test program
+# `<name>_tests` and one test.
 # It links the DLL, as users do; an INTERNAL suite links the library's objects instead and may test internal rules; a BARE
-# suite links neither and names the few sources it tests itself.
+# suite links neither and names the few sources it tests itself. The cases of the pattern are a test of their own,
+# `<name>_large`, without heap checks: with many thousand objects around, those take many times longer than the case.
 function(autools_add_suite name)
-  cmake_parse_arguments(ARG "INTERNAL;BARE" "" "SOURCES;LIBS" ${ARGN})
+  cmake_parse_arguments(ARG "INTERNAL;BARE" "LARGE" "SOURCES;LIBS" ${ARGN})
   set(target ${name}_tests)
   add_executable(${target} ${ARG_SOURCES})
   if(ARG_INTERNAL)
@@ -16,7 +18,16 @@ function(autools_add_suite name)
   target_link_libraries(${target} PRIVATE autools_test_support autools_build_settings ${ARG_LIBS})
   # The suites write the machine's registry and folders: they run in a Windows prefix of their own or not at all.
   if(CMAKE_CROSSCOMPILING)
-    add_test(NAME ${name} COMMAND ${AUTOOLS_SUITE_RUNNER} ${name} $<TARGET_FILE:${target}>)
-    set_tests_properties(${name} PROPERTIES TIMEOUT 300)
+    set(tests ${name})
+    set(filter)
+    if(ARG_LARGE)
+      set(filter --gtest_filter=-${ARG_LARGE})
+      list(APPEND tests ${name}_large)
+      add_test(NAME ${name}_large
+        COMMAND ${AUTOOLS_SUITE_RUNNER} ${name}_large $<TARGET_FILE:${target}> --gtest_filter=${ARG_LARGE})
+      set_tests_properties(${name}_large PROPERTIES ENVIRONMENT AUTOOLS_HEAP_CHECKS=0)
+    endif()
+    add_test(NAME ${name} COMMAND ${AUTOOLS_SUITE_RUNNER} ${name} $<TARGET_FILE:${target}> ${filter})
+    set_tests_properties(${tests} PROPERTIES TIMEOUT 300)
   endif()
 endfunction()
