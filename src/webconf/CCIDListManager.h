@@ -11,8 +11,9 @@
 /// certificate stores of machine and user, and from the registry; revoked ones are dropped. Certificate IDs are
 /// compared without regard to case. The layout is part of the exported interface. Not thread-safe.
 ///
-/// Gathering asks other processes, the Web Configurator and the logged-on user's store, and takes as long as they do.
-/// It works on any thread, and leaves COM and the thread's identity there as they were.
+/// Gathering asks other processes, the Web Configurator and the logged-on user's store, and takes as long as they do:
+/// without a limit when the local server neither answers nor ends. It works on any thread, and leaves COM and the
+/// thread's identity there as they were.
 class AUTOOLS_API CCIDListManager
 {
 public:

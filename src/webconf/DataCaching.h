@@ -24,7 +24,8 @@ public:
     int GetComponentData(const char* host, const char* certificateId, const char* product, const char* version,
                          const char* build, const char* language, const char* component);
     /// The client's own configuration: asks for each certificate ID until one has a deployment, and puts its answer
-    /// into the client's folder as AUKernelData.xml. False when none has.
+    /// into the client's folder as AUKernelData.xml. False when none has. A local server that neither answers nor ends
+    /// is waited for without a limit.
     bool GetAUData(const char* host);
     /// One request: 0, or 18 when another process is asking, 104 for an answer that is none, or the transfer's status.
     int TransmitRequestToWebConf();

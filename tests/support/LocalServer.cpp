@@ -62,7 +62,7 @@ unsigned long LocalServer::calls(const char* what) const
 void LocalServer::end() const
 {
     const DWORD pid = m_settings.readNumber("", "Pid").value_or(0);
-    const aut::UniqueHandle process(pid == 0 ? nullptr : ::OpenProcess(SYNCHRONIZE | SYNCHRONIZE, FALSE, pid));
+    const aut::UniqueHandle process(pid == 0 ? nullptr : ::OpenProcess(SYNCHRONIZE, FALSE, pid));
     const aut::UniqueHandle told(::OpenEventA(EVENT_MODIFY_STATE, FALSE, "AutoUpdateSRV_End"));
     if (!process || !told)
         return;

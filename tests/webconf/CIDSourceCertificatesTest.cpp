@@ -241,6 +241,51 @@ BOOL WINAPI closeCounted(HCERTSTORE store, DWORD flags)
     EXPECT_EQ(0UL, flags);
     return ::CertCloseStore(store, flags);
 }
+BOOL WINAPI refuseToken(HANDLE, DWORD, BOOL, HANDLE*)
+{
+    ::SetLastError(ERROR_ACCESS_DENIED);
+    return FALSE;
+}
+
+/// A predefined key that was closed: the next use opens it anew, in the name that the thread has then.
+struct ClosedRoot
+{
+    HKEY root;
+    bool impersonating;
+
+    bool operator==(const ClosedRoot& other) const
+    {
+        return root == other.root && impersonating == other.impersonating;
+    }
+};
+void PrintTo(const ClosedRoot& closed, std::ostream* out)
+{
+    *out << closed.root << (closed.impersonating ? " impersonating" : "");
+}
+
+std::vector<ClosedRoot> closedRoots;
+
+LSTATUS WINAPI closeKeyWatched(HKEY key)
+{
+    if (key == HKEY_CURRENT_USER || key == HKEY_USERS)
+        closedRoots.push_back({key, auttest::impersonating()});
+    return ::RegCloseKey(key);
+}
+
+/// The number of the token that the calling thread works with; 0 when it is the process's own.
+LONGLONG threadToken()
+{
+    aut::UniqueHandle token;
+    TOKEN_STATISTICS statistics{};
+    DWORD size = 0;
+    if (!::OpenThreadToken(::GetCurrentThread(), TOKEN_QUERY, TRUE, token.put()))
+        return 0;
+    EXPECT_TRUE(::GetTokenInformation(token.get(), TokenStatistics, &statistics, sizeof statistics, &size));
+    LARGE_INTEGER number;
+    number.LowPart = statistics.TokenId.LowPart;
+    number.HighPart = statistics.TokenId.HighPart;
+    return number.QuadPart;
+}
 PCCERT_CONTEXT WINAPI enumerateWithoutMemory(HCERTSTORE, PCCERT_CONTEXT) { throw std::bad_alloc(); }
 
 class CIDStores : public CIDTest
@@ -294,8 +339,33 @@ TEST_F(CIDStores, ACallerWhoImpersonatesGoesOnDoingSo)
 {
     const auttest::Child shell = m_shells.start();
     ASSERT_TRUE(::ImpersonateSelf(SecurityImpersonation));
+    const LONGLONG token = threadToken();
+    ASSERT_NE(0, token);
     Steps::fromCertificates(m_manager);
-    EXPECT_TRUE(auttest::impersonating());
+    EXPECT_EQ(token, threadToken());
+}
+
+TEST_F(CIDStores, ACallerWhoseNameCouldNotBeGivenBackKeepsIt)
+{
+    const auttest::ImportPatch openPatch("CertOpenStore", openCounted);
+    const auttest::ImportPatch tokenPatch("OpenThreadToken", refuseToken);
+    const auttest::Child shell = m_shells.start();
+    ASSERT_TRUE(::ImpersonateSelf(SecurityImpersonation));
+    const LONGLONG token = threadToken();
+    Steps::fromCertificates(m_manager);
+    EXPECT_EQ(token, threadToken());
+    EXPECT_EQ(2U, openedStores.size());
+}
+
+TEST_F(CIDStores, NoHiveOfTheUserIsLeftOpen)
+{
+    closedRoots.clear();
+    const auttest::ImportPatch patch("RegCloseKey", closeKeyWatched);
+    const auttest::Child shell = m_shells.start();
+    Steps::fromCertificates(m_manager);
+    EXPECT_EQ((std::vector<ClosedRoot>{
+                  {HKEY_CURRENT_USER, true}, {HKEY_USERS, true}, {HKEY_CURRENT_USER, false}, {HKEY_USERS, false}}),
+              closedRoots);
 }
 
 TEST_F(CIDStores, NobodyStaysImpersonatedWhenMemoryRunsOut)

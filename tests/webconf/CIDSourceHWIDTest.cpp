@@ -6,7 +6,7 @@
 #include "webconfigurator/WebConfigurator.h"
 
 #include <algorithm>
-#include <chrono>
+#include <thread>
 
 namespace
 {
@@ -156,6 +156,21 @@ TEST_F(CIDSourceHWID, ASlowServerIsWaitedFor)
     m_server.settings().write("", "DelayMs", 1500);
     EXPECT_NE(0, get());
     EXPECT_EQ((CIDs{"QUFBLUNJRC0x", "QkJCLUNJRC0y"}), list());
+}
+
+TEST_F(CIDSourceHWID, AServerThatNeverAnswersIsWaitedForUntilItEnds)
+{
+    m_server.settings().write("", "DelayMs", INFINITE);
+    std::thread operatorsHand(
+        [this]
+        {
+            while (m_server.calls("HWID") == 0)
+                ::Sleep(10);
+            m_server.end();
+        });
+    EXPECT_EQ(0, get());
+    operatorsHand.join();
+    EXPECT_EQ((auttest::LogEvent{"Info", "KxGetHWIDForDeployment returned HWID = 0"}), events().back());
 }
 
 TEST_F(CIDSourceHWID, TheConfiguredTestHWIDWins)

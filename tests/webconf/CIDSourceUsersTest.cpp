@@ -38,6 +38,7 @@ TEST_F(CIDSourceUsers, ARevokedOneIsSkipped)
 {
     keep("anna", "QU5OQS0wMDAx", "Revoked");
     keep("anna", "QU5OQS0wMDAy", "Revoked later");
+    keep("anna", "QU5OQS0wMDAz", "revoked");
     keep("bert", "QU5OQS0wMDAx", "Valid");
     EXPECT_EQ((CIDs{"QU5OQS0wMDAy", "QU5OQS0wMDAx"}), appendedTo({})) << "revoked for one user only";
 }
