@@ -42,11 +42,21 @@ protected:
     std::string x64() const { return m_kernelFolder + "\\x64\\ReloadAutoUpdate.exe"; }
     void makeX64() const { m_folder.makeFolder("Common Files\\Kernel\\3.3.302.1_EN\\x64"); }
 
-    /// What the started program noted; waits for it.
+    /// What the started program noted. Waits for its end: a program that runs cannot be deleted.
     std::string report(const std::string& program) const
     {
         EXPECT_EQ(WAIT_OBJECT_0, ::WaitForSingleObject(m_reloaded.get(), kPatienceMs));
-        return readFile(program.substr(0, program.rfind('\\')) + "\\report.txt");
+        const std::string text = readFile(program.substr(0, program.rfind('\\')) + "\\report.txt");
+        const std::size_t process = text.find("process=");
+        if (process == std::string::npos)
+            return text;
+        const aut::UniqueHandle running{
+            ::OpenProcess(SYNCHRONIZE, FALSE, std::stoul(text.substr(process + std::string("process=").size())))};
+        if (running)
+        {
+            EXPECT_EQ(WAIT_OBJECT_0, ::WaitForSingleObject(running.get(), kPatienceMs));
+        }
+        return text.substr(0, process);
     }
     std::string expectedReport(const std::string& program, const std::string& arguments) const
     {
@@ -163,7 +173,12 @@ TEST_F(KernelRestartTest, APathOfMoreThan259CharactersIsRefused)
     const std::string folder = kernels + "\\" + longest + "v";
     ASSERT_TRUE(::CreateDirectoryA(kernels.c_str(), nullptr));
     ASSERT_TRUE(::CreateDirectoryA(folder.c_str(), nullptr)) << ::GetLastError();
+    // The program is there all the same: wide paths of this form may be longer.
+    const std::wstring there = L"\\\\?\\" + std::wstring(folder.begin(), folder.end()) + L"\\ReloadAutoUpdate.exe";
+    const std::string standIn = programFolder() + "\\reload_standin.exe";
+    ASSERT_TRUE(::CopyFileW(std::wstring(standIn.begin(), standIn.end()).c_str(), there.c_str(), FALSE));
     EXPECT_FALSE(RestartService(true));
+    EXPECT_TRUE(::DeleteFileW(there.c_str()));
     EXPECT_EQ((Events{missing(folder + "\\ReloadAutoUpdate.exe")}), m_log.events());
 
     // One shorter, and it is started.

@@ -22,6 +22,7 @@ int main()
     DWORD flags = 0;
     auto* const handle = reinterpret_cast<HANDLE>(static_cast<std::size_t>(std::strtoull(text, nullptr, 10)));
     std::fprintf(file, "inherited=%d\n", ::GetHandleInformation(handle, &flags) != 0);
+    std::fprintf(file, "process=%lu", ::GetCurrentProcessId());
     std::fclose(file);
 
     ::GetEnvironmentVariableA("AUTTEST_RELOADED", text, sizeof text);
