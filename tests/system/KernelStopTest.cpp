@@ -10,7 +10,6 @@
 #include <windows.h>
 #include <winsvc.h>
 
-#include <algorithm>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -83,7 +82,7 @@ TEST_F(KernelStopTest, AKernelIsAskedByTheExceptionValueAndEndsItself)
     EXPECT_FALSE(IsAURunning(false));
     EXPECT_EQ(kObeyedStatus, kernel.wait());
     EXPECT_EQ(times(s_pauses.size(), 500), s_pauses);
-    EXPECT_GE(2U, s_pauses.size());
+    EXPECT_GT(20U, s_pauses.size()); // far from the end of patience
 }
 
 TEST_F(KernelStopTest, AKernelOfTheFirstGenerationIsAskedInTheSameWay)
@@ -101,7 +100,7 @@ TEST_F(KernelStopTest, AKernelThatIgnoresTheRequestIsKilledAfterHalfAMinute)
     EXPECT_TRUE(StopAU());
     const ULONGLONG tookMs = ::GetTickCount64() - begin;
     EXPECT_LE(29500U, tookMs);
-    EXPECT_GE(40000U, tookMs);
+    EXPECT_GE(60000U, tookMs);
     EXPECT_EQ(0U, kernel.wait());
     EXPECT_FALSE(IsAURunning(false));
 }
