@@ -44,16 +44,18 @@ protected:
         return kernels;
     }
     static bool runs(const Child& kernel) { return ::WaitForSingleObject(kernel.handle(), 0) == WAIT_TIMEOUT; }
-    /// How many still run. One that was terminated may take a moment to end, so more than `expected` are waited for.
+    static long countRunning(const std::vector<Child>& kernels)
+    {
+        return static_cast<long>(std::count_if(kernels.begin(), kernels.end(), runs));
+    }
+    /// How many run in the end. One that was terminated may take a moment, so more than `expected` are waited for, and
+    /// those that were not to be terminated get the same moment.
     static long countRunning(const std::vector<Child>& kernels, long expected)
     {
-        for (int wait = 0;; ++wait)
-        {
-            const auto running = static_cast<long>(std::count_if(kernels.begin(), kernels.end(), runs));
-            if (running <= expected || wait == 200)
-                return running;
+        for (int wait = 0; countRunning(kernels) > expected && wait < 200; ++wait)
             ::Sleep(50);
-        }
+        ::Sleep(200);
+        return countRunning(kernels);
     }
     static BOOL WINAPI failFirst(HANDLE process, UINT status)
     {
