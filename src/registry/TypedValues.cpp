@@ -15,8 +15,12 @@ bool addCopy(StringList& list, const String& text, POSITION (StringList::*add)(S
     try
     {
         String copy(text);
-        (list.*add)(copy);
-        return true;
+        const POSITION added = (list.*add)(copy);
+        POSITION next = added;
+        if (list.GetNext(next).GetLength() == text.GetLength())
+            return true;
+        list.RemoveAt(added); // there was memory for the entry, but none for its text
+        return false;
     }
     catch (const std::bad_alloc&)
     {

@@ -1,6 +1,7 @@
 #include "webconf/CCIDListManager.h"
 
 #include "foundation/EventLog.h"
+#include "platform/BoundedText.h"
 #include "platform/ComApartment.h"
 #include "platform/Layout.h"
 #include "registry/CRegConfig.h"
@@ -40,7 +41,7 @@ POSITION samePlace(const aut::CIDList& list, POSITION position, const aut::CIDLi
 void moveToHead(aut::CIDList& list, POSITION position)
 {
     POSITION next = position;
-    list.AddHead(list.GetNext(next)); // before the old place goes: when memory runs out, nothing has happened
+    aut::prependCID(list, list.GetNext(next)); // before the old place goes: when memory runs out, nothing has happened
     list.RemoveAt(position);
 }
 
@@ -182,14 +183,14 @@ try
     if (m_initialised == 0 || m_emptyCID)
         return 0;
     CRegConfig config(true);
-    const String configured = config.GetTestCID();
-    if (configured.IsEmpty())
+    const char* const configured = config.GetTestCID();
+    if (aut::isEmpty(configured))
         return 0;
-    const POSITION position = FindCIDInList(configured);
+    const POSITION position = aut::findCID(*m_list, configured);
     if (position == nullptr)
     {
         m_initialised = 0; // deliberately: nobody goes on in another name than the one that is to be tested
-        Log(1, "testCID %s configured but not valid", static_cast<const char*>(configured));
+        Log(1, "testCID %s configured but not valid", configured);
         return 0;
     }
     moveToHead(*m_list, position);
@@ -209,14 +210,14 @@ try
     if (m_initialised == 0 || m_emptyCID)
         return 0;
     CRegConfig config(true);
-    const String configured = config.GetDeploymentCID();
-    if (configured.IsEmpty())
+    const char* const configured = config.GetDeploymentCID();
+    if (aut::isEmpty(configured))
         return 0;
-    const POSITION position = FindCIDInList(configured);
+    const POSITION position = aut::findCID(*m_list, configured);
     if (position == nullptr)
     {
         m_initialised = 0;
-        Log(1, "DeploymentCID %s configured but not valid", static_cast<const char*>(configured));
+        Log(1, "DeploymentCID %s configured but not valid", configured);
         return 0;
     }
     moveToHead(*m_list, position);

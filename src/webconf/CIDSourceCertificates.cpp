@@ -119,8 +119,8 @@ void CCIDListManager::SearchCIDCertificates(int machine)
         certificate = UniqueCertificate(::CertEnumCertificatesInStore(store.get(), certificate.release()));
         if (!certificate)
             return;
-        String cid = GetValidCIDFromSubject(subjectValues(*certificate.get()).c_str());
-        if (!cid.IsEmpty() && list.append(cid))
+        const String cid = GetValidCIDFromSubject(subjectValues(*certificate.get()).c_str());
+        if (list.append(cid))
             Log(0, "Physical CID added = %s", static_cast<const char*>(cid));
     }
 }

@@ -93,17 +93,18 @@ void writeCache(const char* hwid, const aut::CIDList& list)
     cache.Flush();
 }
 
+/// As it was written: what was revoked then is not in it.
 void readCache(const char* hwid, aut::CIDList& list)
 {
     aut::CIDList cached;
     CacheKey(hwid, true).GetValues(cached);
     for (POSITION position = cached.GetHeadPosition(); position != nullptr;)
     {
-        String& cid = cached.GetNext(position);
+        const String& cid = cached.GetNext(position);
         if (cid.IsEmpty()) // the key's unnamed value
             continue;
         Log(0, "associated CID = %s", static_cast<const char*>(cid));
-        list.AddTail(cid);
+        aut::appendCID(list, cid);
     }
 }
 

@@ -32,7 +32,7 @@ void appendCIDs(aut::CIDAppender& list, std::string_view text)
         begin = end + 1;
         if (!aut::isWellFormedCID(candidate))
             continue;
-        String cid(candidate.c_str());
+        const String cid(candidate.c_str());
         if (IsCIDRevoked(cid))
             Log(0, "CID %s revoked or expired", candidate.c_str());
         else

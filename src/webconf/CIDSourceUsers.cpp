@@ -16,10 +16,10 @@ void appendUsersCIDs(const char* user, aut::CIDAppender& list)
     key.GetValues(names);
     for (POSITION position = names.GetHeadPosition(); position != nullptr;)
     {
-        String& cid = names.GetNext(position);
+        const String& cid = names.GetNext(position); // empty when it is the key's unnamed value
         String state;
         key.QueryValue(cid, state);
-        if (!cid.IsEmpty() && !(state == kRevoked)) // an empty name is the key's unnamed value
+        if (!(state == kRevoked))
             list.append(cid);
     }
 }

@@ -1,6 +1,9 @@
 #include "webconf/CertificateIds.h"
 
+#include "registry/TypedValues.h"
+
 #include <algorithm>
+#include <new>
 
 namespace aut
 {
@@ -30,7 +33,7 @@ bool isWellFormedCID(std::string_view certificateId)
            std::all_of(certificateId.begin(), certificateId.end(), isOfAlphabet);
 }
 
-POSITION findCID(const CIDList& list, const String& certificateId)
+POSITION findCID(const CIDList& list, const char* certificateId)
 {
     for (POSITION next = list.GetHeadPosition(); next != nullptr;)
     {
@@ -39,6 +42,18 @@ POSITION findCID(const CIDList& list, const String& certificateId)
             return position;
     }
     return nullptr;
+}
+
+void appendCID(CIDList& list, const String& certificateId)
+{
+    if (!appendTo(list, certificateId))
+        throw std::bad_alloc();
+}
+
+void prependCID(CIDList& list, const String& certificateId)
+{
+    if (!prependTo(list, certificateId))
+        throw std::bad_alloc();
 }
 
 std::string joinedCIDs(const CIDList& list)
@@ -57,7 +72,7 @@ void assignCIDs(CIDList& list, const CIDList& other)
 {
     list.RemoveAll();
     for (POSITION position = other.GetHeadPosition(); position != nullptr;)
-        list.AddTail(other.GetNext(position));
+        appendCID(list, other.GetNext(position));
 }
 
 CIDAppender::CIDAppender(CIDList& list) : m_list(list)
@@ -66,11 +81,11 @@ CIDAppender::CIDAppender(CIDList& list) : m_list(list)
         m_known.insert(lowerCase(list.GetNext(position)));
 }
 
-bool CIDAppender::append(String& certificateId)
+bool CIDAppender::append(const String& certificateId)
 {
-    if (!m_known.insert(lowerCase(certificateId)).second)
+    if (certificateId.IsEmpty() || !m_known.insert(lowerCase(certificateId)).second)
         return false;
-    m_list.AddTail(certificateId);
+    appendCID(m_list, certificateId);
     return true;
 }
 

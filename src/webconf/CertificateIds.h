@@ -18,7 +18,12 @@ using CIDList = RT_List<String, String&>;
 bool isWellFormedCID(std::string_view certificateId);
 
 /// Null when the list has no such certificate ID.
-POSITION findCID(const CIDList& list, const String& certificateId);
+POSITION findCID(const CIDList& list, const char* certificateId);
+
+/// Add a copy at the end (in front). Both raise bad_alloc also when there is no memory for the text alone: an empty
+/// certificate ID in its place would be another identity.
+void appendCID(CIDList& list, const String& certificateId);
+void prependCID(CIDList& list, const String& certificateId);
 
 /// All of them, joined by ", ".
 std::string joinedCIDs(const CIDList& list);
@@ -31,8 +36,8 @@ class CIDAppender
 {
 public:
     explicit CIDAppender(CIDList& list);
-    /// False when the list had it already.
-    bool append(String& certificateId);
+    /// False when the list had it already, or it is empty.
+    bool append(const String& certificateId);
 
 private:
     CIDList& m_list;

@@ -10,6 +10,7 @@
 
 #include <objbase.h>
 
+#include <cstdlib>
 #include <new>
 #include <thread>
 
@@ -151,6 +152,8 @@ TEST_F(CIDListManager, AWalkBeginsAtTheHeadAfterGathering)
 
 void* noMemory(std::size_t, const std::nothrow_t&) noexcept { return nullptr; }
 void* noMemoryThrown(std::size_t) { throw std::bad_alloc(); }
+/// Fails for texts as long as the certificate IDs below, with their terminator.
+void* noMemoryForCIDs(std::size_t size) { return size == 13 ? nullptr : std::malloc(size); }
 
 TEST_F(CIDListManager, AListThatCannotBeMadeIsLogged)
 {
@@ -176,6 +179,31 @@ TEST_F(CIDListManager, NoExceptionComesOutWhenMemoryRunsOut)
         EXPECT_EQ(0, m_manager.InitManager(true));
     }
     expectUnusable(copy);
+    expectUnusable(m_manager);
+}
+
+TEST_F(CIDListManager, NoCIDBecomesAnEmptyOneWhenMemoryRunsOutForItsText)
+{
+    Steps::fillList(m_manager, {"FIRST0000001", "SECOND000002"});
+    CCIDListManager copy;
+    m_registry.write("Config", "TestCID", "SECOND000002");
+    {
+        const auttest::ImportPatch patch("malloc", noMemoryForCIDs);
+        copy = m_manager;
+        EXPECT_EQ(0, m_manager.IsTestCIDSet(0));
+    }
+    expectUnusable(copy);
+    EXPECT_EQ((CIDs{"FIRST0000001", "SECOND000002"}), Steps::list(m_manager)) << "as it was";
+}
+
+TEST_F(CIDListManager, ATestCIDIsNotOverlookedWhenMemoryRunsOutForItsText)
+{
+    Steps::fillList(m_manager, {"FIRST0000001"});
+    m_registry.write("Config", "TestCID", "ABSENT000009");
+    {
+        const auttest::ImportPatch patch("malloc", noMemoryForCIDs);
+        EXPECT_EQ(0, m_manager.IsTestCIDSet(0));
+    }
     expectUnusable(m_manager);
 }
 

@@ -396,6 +396,15 @@ TEST_F(CIDSourceHWID, TheCacheReplacesWhatTheListHeld)
     EXPECT_EQ((CIDs{"Q0FDSEVELTAx"}), list());
 }
 
+TEST_F(CIDSourceHWID, TheCacheIsTakenAsItWasWritten)
+{
+    revoke("UkVWT0tFRC0x"); // after the answer that brought it
+    m_web.addRule("status=500");
+    m_registry.write("Config\\Cache\\HWIDs\\4711", "UkVWT0tFRC0x", "");
+    EXPECT_NE(0, get());
+    EXPECT_EQ((CIDs{"UkVWT0tFRC0x"}), list());
+}
+
 TEST_F(CIDSourceHWID, TheCacheOfAnotherHWIDIsNotUsed)
 {
     m_web.addRule("status=500");
