@@ -2,6 +2,7 @@
 #include "foundation/RT_RESULT.h"
 #include "platform/UniqueResource.h"
 #include "tests/fileops/FileProbe.h"
+#include "tests/support/ImportPatch.h"
 #include "tests/support/LogFile.h"
 #include "tests/support/OpenHandles.h"
 #include "tests/support/TestFolder.h"
@@ -395,6 +396,33 @@ TEST(RT_FileHandle, FlushKeepsTheFileOpen)
     EXPECT_TRUE(file.Write("text"));
 }
 
+HANDLE g_flushed = nullptr;
+
+BOOL WINAPI notesTheFlush(HANDLE handle)
+{
+    g_flushed = handle;
+    return ::FlushFileBuffers(handle);
+}
+
+TEST(RT_FileHandle, FlushAndCloseWriteWhatTheSystemHolds)
+{
+    const auttest::TestFolder folder;
+    const auttest::ImportPatch patch("FlushFileBuffers", notesTheFlush);
+    RT_File file((folder / "a.txt").c_str());
+    ASSERT_NE(0, file.Open(kCreate));
+    const HANDLE handle = file.GetFileHandle();
+    g_flushed = nullptr;
+    file.Flush();
+    EXPECT_EQ(handle, g_flushed);
+    g_flushed = nullptr;
+    file.Close();
+    EXPECT_EQ(handle, g_flushed);
+    g_flushed = nullptr;
+    file.Flush();
+    file.Close();
+    EXPECT_EQ(nullptr, g_flushed) << "nothing is open";
+}
+
 TEST(RT_FileGetLength, OpensOnlyForTheQuestion)
 {
     const auttest::TestFolder folder;
@@ -540,6 +568,26 @@ TEST(FlushFile, IsFalseOnlyForAMissingFile)
     EXPECT_TRUE(log.events().empty());
     EXPECT_EQ("text", folder.readFile("a.txt"));
     EXPECT_TRUE(canOpen(path, GENERIC_WRITE));
+}
+
+int g_commits = 0;
+
+int __cdecl notesTheCommit(int)
+{
+    ++g_commits;
+    return 0;
+}
+
+TEST(FlushFile, CommitsTheFileToDisk)
+{
+    const auttest::TestFolder folder;
+    const std::string path = folder.writeFile("a.txt", "text");
+    const auttest::ImportPatch patch("_commit", notesTheCommit);
+    g_commits = 0;
+    EXPECT_TRUE(FlushFile(path.c_str()));
+    EXPECT_EQ(1, g_commits);
+    EXPECT_FALSE(FlushFile((folder / "missing.txt").c_str()));
+    EXPECT_EQ(1, g_commits);
 }
 
 TEST(FlushFile, LogsAFileThatCannotBeOpenedForWriting)
