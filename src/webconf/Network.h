@@ -23,8 +23,8 @@ AUTOOLS_API int GetDataFromStream(const char* url, int* status, const CConfig* c
 /// Non-zero when the system reports a connection, or when `server` (null: the Web Configurator) answers.
 AUTOOLS_API int IsInternetUp(const char* server);
 
-/// The logged-on user's proxy for HTTP and bypass list (entries separated by ";"), each into a buffer of 260 bytes. A
-/// bypass list that is longer keeps the whole entries that fit, and the log says so.
+/// The logged-on user's proxy for HTTP and bypass list (entries separated by ";"), each into a buffer of 260 bytes. One
+/// that is longer keeps the whole entries that fit, and the log says so.
 AUTOOLS_API bool DetectProxySettings(char* proxy, char* bypass);
 
 /// Puts a host into the trusted zone of Internet Settings below `root` (borrowed). A host without a dot is ignored.

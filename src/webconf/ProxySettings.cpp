@@ -29,14 +29,16 @@ struct FreeMemory
 /// Texts of the option's record may be null.
 std::string textOf(const void* text) { return aut::orEmpty(static_cast<const char*>(text)); }
 
-/// A list that is too long loses whole entries: half of one would name other hosts.
-void copyEntries(char* out, const std::string& list)
+/// A list that is too long loses whole entries: half of one would name another host.
+void copyEntries(char* out, const std::string& list, char separator, const char* name)
 {
     if (aut::copyText(out, kCallerBufferSize, list.c_str()))
         return;
-    char* const lastSeparator = std::strrchr(out, ';');
-    *(lastSeparator != nullptr ? lastSeparator : out) = '\0';
-    Log(1, "The proxy bypass list is too long: %u characters.", static_cast<unsigned>(list.size()));
+    const bool cutsAnEntry = list[kCallerBufferSize - 1] != separator;
+    char* const lastSeparator = std::strrchr(out, separator);
+    if (cutsAnEntry)
+        *(lastSeparator != nullptr ? lastSeparator : out) = '\0';
+    Log(1, "The proxy %s is too long: %u characters.", name, static_cast<unsigned>(list.size()));
 }
 
 BOOL queryWinInet(void* buffer, DWORD* size)
@@ -67,8 +69,8 @@ bool querySettings(aut::QueryProxyOption query, char* proxy, char* bypass)
     }
     const auto* const info = static_cast<const INTERNET_PROXY_INFO*>(option.get());
     const std::string proxyList = textOf(info->lpszProxy);
-    aut::copyText(proxy, kCallerBufferSize, aut::httpProxyOf(proxyList).c_str());
-    copyEntries(bypass, aut::bypassOf(textOf(info->lpszProxyBypass), proxyList));
+    copyEntries(proxy, aut::httpProxyOf(proxyList), ' ', "list");
+    copyEntries(bypass, aut::bypassOf(textOf(info->lpszProxyBypass), proxyList), ';', "bypass list");
     return true;
 }
 } // namespace

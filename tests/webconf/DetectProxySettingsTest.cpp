@@ -1,6 +1,7 @@
 #include "webconf/Network.h"
 
 #include "tests/support/ClientRegistry.h"
+#include "tests/support/ImportPatch.h"
 #include "tests/support/LogFile.h"
 
 #include <gtest/gtest.h>
@@ -22,6 +23,8 @@ bool isImpersonating()
     ::CloseHandle(token);
     return true;
 }
+
+void* noMemory(std::size_t, std::size_t) { return nullptr; }
 
 class DetectProxySettingsTest : public ::testing::Test
 {
@@ -75,9 +78,12 @@ TEST_F(DetectProxySettingsTest, BothBuffersAreRequired)
 TEST_F(DetectProxySettingsTest, LongTextsStayWithin260Bytes)
 {
     store(std::string(5'000, 'p'), std::string(5'000, 'b'));
+    auttest::LogFile log;
     EXPECT_TRUE(DetectProxySettings(m_proxy, m_bypass));
-    EXPECT_EQ(std::string(259, 'p'), m_proxy);
-    EXPECT_STREQ("", m_bypass) << "half an entry would name other hosts";
+    EXPECT_TRUE(log.has("Warning", "The proxy list is too long: 5000 characters."));
+    EXPECT_TRUE(log.has("Warning", "The proxy bypass list is too long: 5000 characters."));
+    EXPECT_STREQ("", m_proxy) << "half an entry would name another host";
+    EXPECT_STREQ("", m_bypass);
     EXPECT_EQ('#', m_proxy[260]);
     EXPECT_EQ('#', m_bypass[260]);
 }
@@ -95,6 +101,38 @@ TEST_F(DetectProxySettingsTest, ALongBypassListKeepsWholeEntries)
     EXPECT_EQ("host131", kept.substr(kept.size() - 7));
     EXPECT_EQ('#', m_bypass[260]);
     EXPECT_TRUE(log.has("Warning", "The proxy bypass list is too long: 799 characters."));
+}
+
+TEST_F(DetectProxySettingsTest, ALongProxyListKeepsWholeEntries)
+{
+    store("https=" + std::string(100, 's') + ":1 ftp=" + std::string(200, 'f') + ":2", "");
+    EXPECT_TRUE(DetectProxySettings(m_proxy, m_bypass));
+    EXPECT_EQ("https=" + std::string(100, 's') + ":1", m_proxy);
+}
+
+TEST_F(DetectProxySettingsTest, AnEntryThatJustFitsIsKept)
+{
+    std::string list;
+    for (int i = 0; i < 100; ++i)
+        list += (i == 0 ? "" : " ") + std::to_string(100 + i);
+    store("proxy.example:8080", list);
+    EXPECT_TRUE(DetectProxySettings(m_proxy, m_bypass));
+    const std::string kept = m_bypass;
+    EXPECT_EQ(259U, kept.size()) << "65 entries of 3 characters and what separates them";
+    EXPECT_EQ("164", kept.substr(kept.size() - 3));
+}
+
+TEST_F(DetectProxySettingsTest, WithoutMemoryItSaysSoAndFails)
+{
+    store("proxy.example:8080", "");
+    auttest::LogFile log;
+    {
+        const auttest::ImportPatch patch("calloc", noMemory);
+        EXPECT_FALSE(DetectProxySettings(m_proxy, m_bypass));
+    }
+    EXPECT_STREQ("", m_proxy);
+    EXPECT_STREQ("", m_bypass);
+    EXPECT_TRUE(log.has("Error", "DetectProxySettings Memory Failure"));
 }
 
 TEST_F(DetectProxySettingsTest, NobodyIsImpersonatedAfterwards)

@@ -1,11 +1,14 @@
 #include "webconf/Network.h"
 
 #include "tests/support/ClientRegistry.h"
+#include "tests/support/ImportPatch.h"
 #include "webconf/CConfig.h"
 #include "webconf/DataExchange.h"
 #include "webconfigurator/WebConfigurator.h"
 
 #include <gtest/gtest.h>
+
+#include <windows.h>
 
 #include <atomic>
 #include <string>
@@ -181,12 +184,59 @@ TEST_F(Download, SeveralMayRunAtOnce)
     EXPECT_EQ(4, good);
 }
 
+// What the system does not do here on request
+
+std::atomic<bool> g_tenMinutesWaited{false};
+
+DWORD WINAPI notesTenMinutes(HANDLE handle, DWORD patienceMs)
+{
+    if (patienceMs == 600000)
+        g_tenMinutesWaited = true;
+    return ::WaitForSingleObject(handle, patienceMs);
+}
+
+BOOL WINAPI unreadableExitCode(HANDLE, DWORD*) { return FALSE; }
+
+BOOL WINAPI connectedBySeven(DWORD*, DWORD) { return 7; }
+
+BOOL WINAPI notConnected(DWORD*, DWORD) { return FALSE; }
+
+TEST_F(Download, IsGivenTenMinutes)
+{
+    const auttest::ImportPatch patch("WaitForSingleObject", notesTenMinutes);
+    g_tenMinutesWaited = false;
+    EXPECT_EQ(1, fetch("body=text"));
+    EXPECT_TRUE(g_tenMinutesWaited);
+}
+
+TEST_F(Download, AStatusThatCannotBeReadIs102)
+{
+    const auttest::ImportPatch patch("GetExitCodeThread", unreadableExitCode);
+    EXPECT_EQ(0, fetch("body=text"));
+    EXPECT_EQ(102, m_status);
+    EXPECT_STREQ("before", m_data);
+}
+
 TEST_F(Download, TheInternetIsUpWhenTheSystemSaysSo)
 {
-    // Wine always says so; what is asked otherwise is tested beside the library's inside.
-    EXPECT_NE(0, IsInternetUp(nullptr));
+    EXPECT_NE(0, IsInternetUp(nullptr)); // Wine always says so
     EXPECT_NE(0, IsInternetUp(""));
     EXPECT_NE(0, IsInternetUp("127.0.0.1:1"));
+    const auttest::ImportPatch patch("InternetGetConnectedState", connectedBySeven);
+    EXPECT_EQ(7, IsInternetUp(m_server.host().c_str()));
     EXPECT_TRUE(m_server.requests().empty());
+}
+
+TEST_F(Download, TheInternetIsUpWithoutAConnectionWhenTheServerAnswers)
+{
+    const auttest::ImportPatch patch("InternetGetConnectedState", notConnected);
+    m_server.addRule("body=text");
+    EXPECT_EQ(1, IsInternetUp(m_server.host().c_str()));
+    EXPECT_EQ(1U, m_server.requests().size());
+    EXPECT_EQ(0, IsInternetUp(nullptr)) << "no Web Configurator is configured";
+    m_registry.write("Config", "WebServer", m_server.host());
+    EXPECT_EQ(1, IsInternetUp(nullptr));
+    EXPECT_EQ(1, IsInternetUp(""));
+    EXPECT_EQ(3U, m_server.requests().size());
 }
 } // namespace
