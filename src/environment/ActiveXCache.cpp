@@ -57,6 +57,7 @@ bool RemoveCABFromCLSID(const char* classId)
         return false;
     for (HANDLE control = cache.first(); control != nullptr; control = cache.next())
     {
+        // One whose class ID cannot be read is passed by: nothing says that it is the one that is meant.
         aut::ControlCache::Text found = "";
         if (cache.read(control, aut::ControlCache::Info::ClassId, found) && isSame(found, classId))
             return removeControl(cache, control, found);

@@ -285,6 +285,19 @@ TEST_F(DownloadedFilesTest, AnEmptyOrEndlessLocationIsNone)
     EXPECT_EQ(std::string(259, 'x'), search("AutoUpdateATL.inf"));
 }
 
+TEST_F(DownloadedFilesTest, ALocationOfAnotherTypeOrWithoutATerminatorIsReadAsItsBytes)
+{
+    const std::string key = std::string(kUnit) + "\\DownloadInformation";
+    m_registry.writeRaw(key, "INF", REG_BINARY, "C:\\x.inf");
+    EXPECT_EQ("C:\\x.inf", search("AutoUpdateATL.inf"));
+    m_registry.writeRaw(key, "INF", REG_SZ, std::string(259, 'x'));
+    EXPECT_EQ(std::string(259, 'x'), search("AutoUpdateATL.inf"));
+    m_registry.writeRaw(key, "INF", REG_SZ, std::string(260, 'x'));
+    EXPECT_EQ("not found", search("AutoUpdateATL.inf"));
+    m_registry.write(key, "INF", DWORD{0});
+    EXPECT_EQ("not found", search("AutoUpdateATL.inf"));
+}
+
 TEST_F(DownloadedFilesTest, NullEmptyAndEndlessNamesAreNotFound)
 {
     recordFile("C:\\ends in a backslash\\");

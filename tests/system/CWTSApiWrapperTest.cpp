@@ -210,4 +210,19 @@ TEST_F(CWTSApiWrapperTest, WithoutTheKernelThereIsNoConsoleSession)
     EXPECT_STRCASEEQ(ownUser().c_str(), wrapper->GetWTSAccountFromSessionId(ownSession()));
 }
 
+TEST_F(CWTSApiWrapperTest, WhatCannotBeLoadedIsLoggedInTheOrderOfLoadingAtEachTry)
+{
+    using Load = HMODULE WINAPI(const char*);
+    Load* const load = [](const char*) -> HMODULE { return nullptr; };
+    const ImportPatch patch("LoadLibraryA", load);
+    const Events failed{{"Error", "CWTSApiWrapper Kernel32.dll load FAILED"},
+                        {"Warning", "WTSGetActiveSessionId procedure not found"},
+                        {"Error", "CWTSApiWrapper WtsApi32.dll load FAILED"}};
+    CWTSApiWrapper* const wrapper = CWTSApiWrapper::GetInstance();
+    EXPECT_EQ(failed, m_log.events());
+    m_log.mark();
+    EXPECT_EQ(0, wrapper->IsWTSSession());
+    EXPECT_EQ(failed, m_log.events());
+}
+
 TEST(IsCitrixEnvironment, IsAlwaysFalse) { EXPECT_FALSE(IsCitrixEnvironment()); }

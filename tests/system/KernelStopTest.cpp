@@ -340,6 +340,47 @@ TEST_F(KernelStopTest, NothingIsLoggedOrRecordedForAKernelThatObeys)
     EXPECT_EQ(RT_RESULT(before).GetStatusCode(), result->GetStatusCode());
 }
 
+TEST_F(KernelStopTest, TheServiceAndItsManagerAreClosed)
+{
+    static int open; // handles of the service manager are no kernel handles, which openHandles() counts
+    open = 0;
+    struct Count
+    {
+        static SC_HANDLE WINAPI manager(const char* machine, const char* database, DWORD access)
+        {
+            ++open;
+            return ::OpenSCManagerA(machine, database, access);
+        }
+        static SC_HANDLE WINAPI service(SC_HANDLE manager, const char* name, DWORD access)
+        {
+            ++open;
+            return ::OpenServiceA(manager, name, access);
+        }
+        static SC_HANDLE WINAPI noService(SC_HANDLE, const char*, DWORD) { return nullptr; }
+        static BOOL WINAPI close(SC_HANDLE handle)
+        {
+            --open;
+            return ::CloseServiceHandle(handle);
+        }
+    };
+    const OwnMutex mutex(kKernelMutex);
+    const KernelService service(m_kernel, "stop=0");
+    const ImportPatch sleep("Sleep", &noteOnly);
+    const ImportPatch manager("OpenSCManagerA", &Count::manager);
+    const ImportPatch closed("CloseServiceHandle", &Count::close);
+    {
+        const ImportPatch opened("OpenServiceA", &Count::service);
+        EXPECT_TRUE(StopAU());
+        EXPECT_EQ(SERVICE_STOPPED, service.state());
+        EXPECT_EQ(0, open) << "of a service that stops";
+        EXPECT_TRUE(StopAU());
+        EXPECT_EQ(0, open) << "of a stopped service, which refuses the control";
+    }
+    const ImportPatch missing("OpenServiceA", &Count::noService);
+    EXPECT_TRUE(StopAU());
+    EXPECT_EQ(0, open) << "of the manager alone";
+}
+
 TEST_F(KernelStopTest, StoppingLeavesNoHandleOpen)
 {
     const OwnMutex mutex(kKernelMutex); // never freed: every round goes all the way
