@@ -32,7 +32,7 @@ update_exports)
 exports)
     if ! diff --unchanged-line-format= --old-line-format='no longer exported: %L' --new-line-format='new export: %L' \
         "$here/exports.txt" <(exports); then
-        echo "If this is meant, build the target update_exports and commit tests/exports/exports.txt."
+        echo "If this is meant, build the target update_exports, describe what is new in docs/reference.md, and commit both."
         exit 1
     fi
     ;;
