@@ -7,7 +7,8 @@
 #include <windows.h>
 
 /// Loads a companion library from `folder`, or with a null folder from the client's install path, else by its bare
-/// name, else (on a 64-bit system) from the kernel path. Null on failure, which is logged once for each path.
+/// name, else (on a 64-bit system) from the kernel path. Null on failure, which is logged unless the same path was the
+/// one that failed last.
 AUTOOLS_API HMODULE LoadDLL(const char* name, const char* folder);
 /// True when the handle is null or was freed.
 AUTOOLS_API bool FreeDLL(HMODULE module);

@@ -99,6 +99,22 @@ FARPROC WINAPI findsThatShell(HMODULE module, const char* name)
 }
 } // namespace
 
+namespace
+{
+FARPROC WINAPI findsNoShell(HMODULE module, const char* name)
+{
+    return std::strcmp(name, "SHGetFolderPathA") == 0 ? nullptr : ::GetProcAddress(module, name);
+}
+} // namespace
+
+TEST(GetAUDataPath, IsTheDataPathOfTheRegistryWhenTheShellHasNoSuchEntry)
+{
+    const auttest::ClientRegistry registry;
+    registry.write("", "DataPath", "C:\\machine");
+    const auttest::ImportPatch patch("GetProcAddress", findsNoShell);
+    EXPECT_STREQ("C:\\machine", dataPath(1));
+}
+
 TEST(GetAUDataPath, IsThatOfTheProcessWhileTheThreadImpersonates)
 {
     const std::string before(dataPath(1));
