@@ -2,9 +2,11 @@
 
 #include "tests/foundation/ChildProgram.h"
 #include "tests/support/ClientRegistry.h"
+#include "tests/support/ImportPatch.h"
 
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <string>
 
 namespace
@@ -57,6 +59,57 @@ TEST(COperatingSystem, AgreesWithTheSystemItRunsOn)
         EXPECT_STREQ(told.szCSDVersion, servicePack);
     }
     EXPECT_EQ(1, COperatingSystem::GetInstance()->IsOSx64()); // the tests are 64-bit programs
+}
+
+namespace
+{
+void WINAPI plainSystemOfAnotherKind(SYSTEM_INFO* system)
+{
+    *system = {};
+    system->wProcessorArchitecture = PROCESSOR_ARCHITECTURE_INTEL;
+}
+FARPROC WINAPI withoutNativeQuery(HMODULE module, const char* name)
+{
+    return std::strcmp(name, "GetNativeSystemInfo") == 0 ? nullptr : ::GetProcAddress(module, name);
+}
+int g_versionQueries = 0;
+BOOL WINAPI countedVersionQuery(OSVERSIONINFOA* version)
+{
+    ++g_versionQueries;
+    EXPECT_EQ(sizeof(OSVERSIONINFOA), version->dwOSVersionInfoSize);
+    return ::GetVersionExA(version);
+}
+} // namespace
+
+TEST(COperatingSystem, AsksForTheNativeSystemAndForThePlainOneWhereThatIsMissing)
+{
+    const auttest::ImportPatch plain("GetSystemInfo", plainSystemOfAnotherKind);
+    COperatingSystem::FreeInstance();
+    EXPECT_EQ(1, COperatingSystem::GetInstance()->IsOSx64());
+    COperatingSystem::FreeInstance();
+    {
+        const auttest::ImportPatch patch("GetProcAddress", withoutNativeQuery);
+        EXPECT_EQ(0, COperatingSystem::GetInstance()->IsOSx64());
+    }
+    COperatingSystem::FreeInstance();
+}
+
+TEST(COperatingSystem, AsksTheSystemOnceForEachInstance)
+{
+    const auttest::ImportPatch patch("GetVersionExA", countedVersionQuery);
+    COperatingSystem::FreeInstance();
+    g_versionQueries = 0;
+    for (int i = 0; i < 3; ++i)
+    {
+        String version;
+        String servicePack;
+        COperatingSystem::GetInstance()->GetOSValue(version, servicePack);
+        COperatingSystem::GetInstance()->IsOSx64();
+        EXPECT_EQ(1, g_versionQueries);
+    }
+    COperatingSystem::FreeInstance();
+    COperatingSystem::GetInstance()->IsOSx64();
+    EXPECT_EQ(2, g_versionQueries);
 }
 
 namespace

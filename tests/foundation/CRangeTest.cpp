@@ -87,6 +87,20 @@ TEST(CRange, DrawsFromTheLowerBoundUpToButNotTheUpperOne)
     EXPECT_EQ((std::set<int>{5}), drawn(range));
 }
 
+TEST(CRange, TakesTheRemainderOfTheNextRandomNumber)
+{
+    CRange range;
+    std::srand(1); // the runtime then gives 41, 18467, 6334 and 26500
+    range.SetRange("10-20");
+    EXPECT_EQ(11, range.Random());
+    EXPECT_EQ(17, range.Random());
+    range.SetRange("20-10");
+    EXPECT_EQ(24, range.Random());
+    range.SetRange("5-5");
+    EXPECT_EQ(5, range.Random()); // draws nothing
+    EXPECT_EQ(26500, std::rand());
+}
+
 TEST(CRange, AddsTheRemainderByTheDistanceOfTurnedBounds)
 {
     CRange range;

@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
+#include <io.h>
 #include <regex>
 #include <string>
 #include <vector>
@@ -17,6 +18,7 @@ namespace
 {
 using auttest::LogEvent;
 using Events = std::vector<LogEvent>;
+using Names = std::vector<std::string>;
 
 /// The log of this process, without a file and with detail level 0 at the start of each test.
 class EventLog : public ::testing::Test
@@ -418,6 +420,37 @@ TEST_F(EventLog, ThreadsWriteOneEventAfterTheOther)
         for (int i = 0; i < 50; ++i)
             EXPECT_TRUE(m_log.has("Info", std::string(name) + " " + std::to_string(i)));
     }
+}
+
+namespace
+{
+Names g_flushed;
+int __cdecl recordedCommit(int file)
+{
+    char path[MAX_PATH] = "";
+    ::GetFinalPathNameByHandleA(reinterpret_cast<HANDLE>(::_get_osfhandle(file)), path, sizeof path, 0);
+    const std::string whole(path);
+    g_flushed.push_back(whole.substr(whole.rfind('\\') + 1));
+    return ::_commit(file);
+}
+} // namespace
+
+TEST_F(EventLog, RotatingFlushesEachFileUnderItsNewName)
+{
+    const std::string folder = path().substr(0, path().rfind('\\') + 1);
+    const std::string full = std::string(512000, 'x') + "\r\n</LogAutoUpdate>\r\n";
+    const auttest::ImportPatch patch("_commit", recordedCommit);
+    g_flushed.clear();
+    Log(0, "nothing to rotate");
+    EXPECT_EQ(Names{}, g_flushed);
+    auttest::writeFile(path(), full);
+    Log(0, "one");
+    EXPECT_EQ((Names{"7xAutoupdateLog_01.xml"}), g_flushed);
+    auttest::writeFile(path(), full);
+    Log(0, "two");
+    EXPECT_EQ((Names{"7xAutoupdateLog_01.xml", "7xAutoupdateLog_02.xml", "7xAutoupdateLog_01.xml"}), g_flushed);
+    for (const char* name : {"7xAutoupdateLog_01.xml", "7xAutoupdateLog_02.xml"})
+        auttest::removeAll(folder + name);
 }
 
 namespace

@@ -101,6 +101,20 @@ TEST(RT_RESULT, TextsAreCutToTheirBuffers)
     EXPECT_EQ(259, record.GetArgument2().GetLength());
 }
 
+TEST(RT_RESULT, TheFirstCharactersOfATextAreKept)
+{
+    std::string text;
+    for (int i = 0; i < 300; ++i)
+        text += static_cast<char>('!' + i % 94);
+    RT_RESULT record;
+    record.Set(459, text.c_str(), text.c_str(), text.c_str(), text.c_str(), text.c_str());
+    EXPECT_EQ(text.substr(0, 127), std::string(record.GetAction()));
+    EXPECT_EQ(text.substr(0, 127), std::string(record.GetFunction()));
+    EXPECT_EQ(text.substr(0, 259), std::string(record.GetArgument1()));
+    EXPECT_EQ(text.substr(0, 259), std::string(record.GetArgument2()));
+    EXPECT_EQ(text.substr(0, 259), std::string(record.GetObjectA()));
+}
+
 TEST(RT_RESULT, CopiesEverything)
 {
     RT_RESULT record(4);
@@ -202,6 +216,9 @@ TEST(RT_RESULT, EqualityLooksAtPhaseActionObjectAndEitherCode)
     EXPECT_EQ(0, a == b) << "with regard to case";
     b.Set(460, "act", "f", 5L, "Obj");
     EXPECT_EQ(0, a == b);
+    b.Set(460, "act", "f", "one", "two", 5L, "obj");
+    readBack(b, "1 1 act obj f three four"); // another date
+    EXPECT_EQ(1, a == b) << "neither date nor arguments take part";
     RT_RESULT otherPhase(2);
     otherPhase.Set(460, "act", "f", 5L, "obj");
     EXPECT_EQ(0, a == otherPhase);

@@ -246,6 +246,7 @@ TEST(String, ReverseFindGivesTheLastIndex)
     EXPECT_EQ(7, String("Hello World").ReverseFind('o'));
     EXPECT_EQ(-1, String("Hello World").ReverseFind('O'));
     EXPECT_EQ(-1, String().ReverseFind('o'));
+    EXPECT_EQ(3, String("abc").ReverseFind('\0')) << "the NUL stands at the length";
 }
 
 TEST(Stristr, FoldsTheLettersAToZOnly)
@@ -459,6 +460,12 @@ TEST(String, BufferIsWrittenByTheCallerAndReleased)
     s.ReleaseBuffer(3);
     EXPECT_STREQ("abc", s);
     EXPECT_EQ(3, s.GetLength());
+
+    ASSERT_NE(nullptr, s.GetBufferSetLength(0));
+    EXPECT_TRUE(s.IsEmpty());
+    EXPECT_STREQ("", s);
+    s += "x";
+    EXPECT_STREQ("x", s);
 
     String none;
     none.ReleaseBuffer(-1);
