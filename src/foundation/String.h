@@ -8,8 +8,10 @@
 /// The layout is part of the exported interface. The buffer comes from the C runtime's malloc and goes back with
 /// free, so a program must share that runtime with the library. An empty string owns no buffer. Copies are deep.
 /// Every `const char*` argument may be null, which counts as "". Indexes and lengths are characters (bytes).
-/// Comparison and `Find(const char*)` ignore case (ASCII letters); character search and `Replace` do not.
-/// Nothing here throws; when memory runs out the string becomes or stays empty. Not thread-safe.
+/// Comparison and `Find(const char*)` ignore case; character search and `Replace` do not. `Find` folds the letters a to
+/// z only, comparison what the C runtime's locale folds, which is the same until the program sets one.
+/// Nothing here throws; when memory runs out a new text is empty, an append or a replacement changes nothing. Not
+/// thread-safe.
 class AUTOOLS_API String
 {
 public:
