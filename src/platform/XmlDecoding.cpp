@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <climits>
 #include <cstring>
+#include <new>
 #include <string_view>
 #include <utility>
 
@@ -160,6 +161,7 @@ void blankDeclaredEncoding(wchar_t* text, std::size_t length)
 } // namespace
 
 UniqueBstr decodeXml(const char* bytes, std::size_t size)
+try
 {
     if (bytes == nullptr)
         return {};
@@ -171,6 +173,10 @@ UniqueBstr decodeXml(const char* bytes, std::size_t size)
         return {}; // the parser would take it for the end and call half a document well formed
     blankDeclaredEncoding(text.get(), length);
     return text;
+}
+catch (const std::bad_alloc&)
+{
+    return {};
 }
 
 UniqueBstr wideFromAnsi(const char* text) { return wideFromCodePage(CP_ACP, orEmpty(text)); }

@@ -18,9 +18,9 @@ namespace aut
 /// 4. otherwise (no declaration, another name, or "utf-16", which cannot be true for bytes that reach this point)
 ///    UTF-8 when all bytes are valid UTF-8, else the ANSI code page.
 ///
-/// Null when the bytes contradict 1 or 3, when the text holds a NUL, or when it is too large to be held. The encoding
-/// in the declaration is overwritten with blanks, because it is no longer true for the wide text and a parser that
-/// believed it would decode a second time.
+/// Null when the bytes contradict 1 or 3, when the text holds a NUL, or when it is too large for the memory. The
+/// encoding in the declaration is overwritten with blanks, because it is no longer true for the wide text and a parser
+/// that believed it would decode a second time.
 UniqueBstr decodeXml(const char* bytes, std::size_t size);
 
 /// 8-bit text in the ANSI code page as wide text. Null for an empty text or when memory runs out.

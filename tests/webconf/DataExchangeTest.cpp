@@ -1,12 +1,16 @@
 #include "webconf/DataExchange.h"
 
 #include "tests/support/ClientRegistry.h"
+#include "tests/support/ImportPatch.h"
 #include "tests/support/LogFile.h"
 #include "tests/webconf/ConfigDocument.h"
 
 #include <gtest/gtest.h>
 
+#include <windows.h>
+
 #include <cstring>
+#include <new>
 #include <string>
 #include <thread>
 
@@ -270,6 +274,15 @@ TEST_F(ExtractXmlNode, SaysWhenTheTextIsNotWellFormed)
         EXPECT_TRUE(m_log.has("Warning", "ExtractXmlNode: Unable to create XML document from data"));
         EXPECT_EQ(1u, m_log.events().size());
     }
+}
+
+UINT WINAPI lengthThrows(BSTR) { throw std::bad_alloc(); }
+
+TEST_F(ExtractXmlNode, ATextThatFindsNoMemoryIsRefused)
+{
+    const auttest::ImportPatch decodingThrows("SysStringLen", &lengthThrows);
+    EXPECT_STREQ("", DataExchange::ExtractXmlNode("<a/>", "a"));
+    EXPECT_TRUE(m_log.has("Warning", "ExtractXmlNode: Unable to create XML document from data"));
 }
 
 TEST_F(ExtractXmlNode, SaysWhenThereIsNoSuchNode)
