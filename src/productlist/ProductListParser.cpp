@@ -38,7 +38,8 @@ void recordVersion(const CRelease& release, const String& certificateId)
         Log(2, "phase1xml::ParseXMLDocument - product name %s refused: not recorded", release.GetName());
         return;
     }
-    aut::recordDelivery(release, certificateId);
+    if (!aut::recordDelivery(release, certificateId))
+        Log(2, "phase1xml::ParseXMLDocument - product %s not recorded", release.GetName());
 }
 } // namespace
 

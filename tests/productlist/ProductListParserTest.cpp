@@ -560,13 +560,16 @@ TEST_P(ProductListName, ThatWouldLeaveTheClientsFolderIsNotRecorded)
               log.events());
 }
 INSTANTIATE_TEST_SUITE_P(Names, ProductListName,
-                         ::testing::Values("..\\..\\Config", "\\Config", "a\\b", "../up", "/", "a/b", "C:", "a:b"));
+                         ::testing::Values("..\\..\\Config", "\\Config", "a\\b", "../up", "/", "a/b", "C:", "a:b", ".",
+                                           "..", ". ."));
 
 TEST_F(ProductListParser, ANameThatMakesTheKeyTooLongIsNotRecorded)
 {
     parseProducts(product(element("Name", std::string(259, 'n'))), "CID-1");
     EXPECT_EQ(1, releases.count());
     EXPECT_TRUE(registry.subkeys(kVersions).empty());
+    EXPECT_EQ((Events{{"Error", "phase1xml::ParseXMLDocument - product " + std::string(259, 'n') + " not recorded"}}),
+              log.events());
 }
 
 // Locations on a local installation.
