@@ -1,8 +1,11 @@
 #include "webconf/WebServer.h"
 
 #include "tests/support/ClientRegistry.h"
+#include "tests/support/ImportPatch.h"
 
 #include <gtest/gtest.h>
+
+#include <windows.h>
 
 #include <cstring>
 #include <string>
@@ -41,6 +44,33 @@ TEST_F(WebServer, AnEmptyOrNullArgumentLeavesItsValueUntouchedAndCountsAsSuccess
     EXPECT_TRUE(SetWebServer("other", nullptr));
     EXPECT_EQ("other", m_registry.readText("Config", "WebServer"));
     EXPECT_EQ("Conf", m_registry.readText("Config", "WebVirtualDir"));
+}
+
+/// Refuses to write the value of this name.
+const char* refusedValue = "";
+LSTATUS WINAPI refusingWrite(HKEY key, LPCSTR name, DWORD reserved, DWORD type, const BYTE* data, DWORD size)
+{
+    if (std::strcmp(refusedValue, name) == 0)
+        return ERROR_ACCESS_DENIED;
+    return ::RegSetValueExA(key, name, reserved, type, data, size);
+}
+
+TEST_F(WebServer, OneWriteThatFailsIsAFailure)
+{
+    const auttest::ImportPatch patch("RegSetValueExA", &refusingWrite);
+    refusedValue = "WebServer";
+    EXPECT_FALSE(SetWebServer("host", "Conf"));
+    EXPECT_FALSE(m_registry.valueExists("Config", "WebServer"));
+    refusedValue = "WebVirtualDir";
+    EXPECT_FALSE(SetWebServer("host", "Other"));
+    EXPECT_EQ("host", m_registry.readText("Config", "WebServer"));
+    EXPECT_TRUE(SetWebServer("host", "")) << "nothing is written that could fail";
+}
+
+TEST_F(WebServer, ReadingMakesNoKey)
+{
+    EXPECT_FALSE(GetWebServer(m_host, m_directory));
+    EXPECT_FALSE(m_registry.keyExists("Config"));
 }
 
 TEST_F(WebServer, WithoutAHostReadingFails)
