@@ -143,25 +143,30 @@ void CInterruptionEvent::Poll()
 {
     // The owner replaces the event only after this thread has ended.
     const HANDLE event = m_event;
-    // The request is looked at after the wait: even a thread that is stopped at once sees an event raised before.
+    bool stopping = false;
     do
     {
-        switch (::WaitForSingleObject(event, kPollMs))
+        // Looked at before the event, which is looked at once more after the request: so a signal from before it is
+        // never missed.
+        stopping = m_stopRequest != 0;
+        switch (::WaitForSingleObject(event, stopping ? 0 : kPollMs))
         {
         case WAIT_OBJECT_0:
             m_raised = 1;
-            ::Sleep(kSignalledPauseMs);
+            if (!stopping)
+                ::Sleep(kSignalledPauseMs);
             break;
         case WAIT_FAILED:
             // Deliberately the wait's own failure value, not the system's error code.
             Log(2, "Wait for Cancel failed: 0x%x error code for (0x%x thread)", static_cast<unsigned>(WAIT_FAILED),
                 static_cast<unsigned>(::GetCurrentThreadId()));
-            ::Sleep(kPollMs); // a failed wait comes back at once, again and again: do not fill the log with it
+            if (!stopping)
+                ::Sleep(kPollMs); // a failed wait comes back at once, again and again: do not fill the log with it
             break;
         default:
             break;
         }
-    } while (m_stopRequest == 0);
+    } while (!stopping);
     m_stopRequest = 0;
 }
 

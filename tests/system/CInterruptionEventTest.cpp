@@ -5,10 +5,14 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <cstdio>
+#include <functional>
 #include <memory>
 #include <string>
+#include <thread>
 #include <type_traits>
+#include <vector>
 
 using namespace auttest;
 
@@ -273,6 +277,49 @@ TEST_F(CInterruptionEventTest, ASignalBeforeAShortWatchIsNotLost)
         ASSERT_EQ(1, m_event.IsITRaised()) << "round " << round;
         m_event.ResetFlag();
     }
+    EXPECT_EQ(before, openHandles());
+}
+
+TEST_F(CInterruptionEventTest, TenThousandWatchesLoseNoSignalAndLeakNothing)
+{
+    constexpr int kOwners = 25; // at once, because each watch takes a moment
+    CInterruptionEvent events[kOwners];
+    for (int i = 0; i < kOwners; ++i)
+    {
+        String name = ("CInterruptionEventTest owner " + std::to_string(i)).c_str();
+        ASSERT_EQ(1, events[i].Create(name));
+    }
+    // Counted, because what the test framework notes belongs to its own thread.
+    std::atomic<int> seen{0};
+    std::atomic<int> leftOver{0};
+    const auto watchAgainAndAgain = [&seen, &leftOver](CInterruptionEvent& event, int rounds)
+    {
+        for (int round = 0; round < rounds; ++round)
+        {
+            const bool raiseFirst = round % 2 == 0;
+            const bool done =
+                (raiseFirst ? event.RaiseIT() && event.StartPooling() : event.StartPooling() && event.RaiseIT()) &&
+                event.StopPooling();
+            if (done && event.IsITRaised() != 0)
+                ++seen;
+            event.ResetFlag();
+            if (event.IsITRaised() != 0 || ::WaitForSingleObject(event.GetEventHandle(), 0) != WAIT_TIMEOUT)
+                ++leftOver;
+        }
+    };
+    const auto watchAll = [&events, &watchAgainAndAgain](int rounds)
+    {
+        std::vector<std::thread> owners;
+        for (CInterruptionEvent& event : events)
+            owners.emplace_back(watchAgainAndAgain, std::ref(event), rounds);
+        for (std::thread& owner : owners)
+            owner.join();
+    };
+    watchAll(4); // what the threads of the test keep for themselves is there from now on
+    const std::size_t before = openHandles();
+    watchAll(396);
+    EXPECT_EQ(10000, seen);
+    EXPECT_EQ(0, leftOver);
     EXPECT_EQ(before, openHandles());
 }
 

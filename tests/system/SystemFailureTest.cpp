@@ -32,6 +32,8 @@ template <> struct aut::LayoutOf<struct EntryPointAccess>
         return manager.m_initialised == 0 && manager.m_processStatus == nullptr && manager.m_userEnvironment == nullptr;
     }
     static std::string nameOf(const SharedMemory& memory) { return memory.m_name; }
+    static HANDLE threadOf(const CInterruptionEvent& event) { return event.m_thread; }
+    static void requestStop(CInterruptionEvent& event) { event.m_stopRequest = 1; }
     static void useEnvironment(CProcessListManager& manager, Create create, Destroy destroy)
     {
         manager.m_createEnvironmentBlock = create;
@@ -446,6 +448,31 @@ TEST_F(SystemFailureTest, AThreadThatCannotBeCreatedIsReported)
     }
     EXPECT_EQ(1, event.StopPooling());
     EXPECT_EQ(1, event.StartPooling()) << "the next try can succeed";
+}
+
+TEST_F(SystemFailureTest, ASignalBetweenTheLastWaitAndTheRequestToStopIsSeen)
+{
+    using Wait = DWORD WINAPI(HANDLE, DWORD);
+    static CInterruptionEvent* watched = nullptr;
+    // The wait times out; before its thread goes on, the owner raises the event and asks it to stop.
+    Wait* const timeOutFirst = [](HANDLE object, DWORD timeoutMs) -> DWORD
+    {
+        if (object != watched->GetEventHandle() || s_calls++ > 0)
+            return ::WaitForSingleObject(object, timeoutMs);
+        EXPECT_EQ(100U, timeoutMs);
+        watched->RaiseIT();
+        Access::requestStop(*watched);
+        return WAIT_TIMEOUT;
+    };
+    String name = "SystemFailureTest last signal";
+    CInterruptionEvent event;
+    ASSERT_EQ(1, event.Create(name));
+    watched = &event;
+    const ImportPatch patch("WaitForSingleObject", timeOutFirst);
+    ASSERT_EQ(1, event.StartPooling());
+    EXPECT_EQ(WAIT_OBJECT_0, ::WaitForSingleObject(Access::threadOf(event), 30000));
+    EXPECT_EQ(1, event.StopPooling());
+    EXPECT_EQ(1, event.IsITRaised());
 }
 
 TEST_F(SystemFailureTest, LookingForAUserChecksAndSleepsOnceForEachTry)
