@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <thread>
 #include <vector>
 
 using namespace auttest;
@@ -115,6 +116,46 @@ TEST_F(ImpersonationTest, OfAProcessImpersonatesItsTokenOnThisThread)
     EXPECT_EQ(SecurityImpersonation, level);
     EXPECT_FALSE(hasPrivilege(token.get(), SE_CHANGE_NOTIFY_NAME)) << "this is the shell's token";
     EXPECT_TRUE(hasPrivilege(tokenOf(::GetCurrentProcess()).get(), SE_CHANGE_NOTIFY_NAME));
+}
+
+TEST_F(ImpersonationTest, TakesPlaceOnTheCallingThreadOnly)
+{
+    const Child shell = startShell();
+    const aut::UniqueHandle asked{::CreateEventA(nullptr, TRUE, FALSE, nullptr)};
+    const aut::UniqueHandle mainImpersonates{::CreateEventA(nullptr, TRUE, FALSE, nullptr)};
+    bool otherBefore = true;
+    bool otherBeside = true;
+    std::thread other(
+        [&]
+        {
+            otherBefore = impersonating();
+            ::SetEvent(asked.get());
+            ::WaitForSingleObject(mainImpersonates.get(), INFINITE);
+            otherBeside = impersonating();
+        });
+    ::WaitForSingleObject(asked.get(), INFINITE);
+    EXPECT_TRUE(ImpersonateUserFromPID(shell.pid()));
+    ::SetEvent(mainImpersonates.get());
+    other.join();
+    EXPECT_FALSE(otherBefore);
+    EXPECT_FALSE(otherBeside) << "a thread that ran all the while";
+
+    bool laterThread = true;
+    std::thread([&laterThread] { laterThread = impersonating(); }).join();
+    EXPECT_FALSE(laterThread) << "a thread started meanwhile";
+    EXPECT_TRUE(impersonating());
+    ::RevertToSelf();
+
+    bool otherImpersonated = false;
+    std::thread(
+        [&]
+        {
+            ImpersonateUser();
+            otherImpersonated = impersonating();
+        })
+        .join();
+    EXPECT_TRUE(otherImpersonated);
+    EXPECT_FALSE(impersonating()) << "another thread's impersonation is its own";
 }
 
 TEST_F(ImpersonationTest, LastsUntilTheCallerReverts)
