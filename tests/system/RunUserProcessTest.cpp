@@ -63,6 +63,23 @@ bool anyStartsWith(const std::vector<std::string>& lines, const std::string& sta
     return false;
 }
 
+/// A variable of the user's own environment, in the registry, while this lives.
+class UserVariable
+{
+public:
+    UserVariable(const char* name, const char* value) : m_name(name)
+    {
+        EXPECT_EQ(ERROR_SUCCESS, ::RegSetKeyValueA(HKEY_CURRENT_USER, "Environment", name, REG_SZ, value,
+                                                   static_cast<DWORD>(std::strlen(value) + 1)));
+    }
+    ~UserVariable() { ::RegDeleteKeyValueA(HKEY_CURRENT_USER, "Environment", m_name); }
+    UserVariable(const UserVariable&) = delete;
+    UserVariable& operator=(const UserVariable&) = delete;
+
+private:
+    const char* m_name;
+};
+
 std::string text(std::size_t number) { return std::to_string(number); }
 } // namespace
 
@@ -77,6 +94,7 @@ TEST_F(RunUserProcessTest, StartsTheProgramOnTheUsersDesktopWithTheUsersEnvironm
     for (int i = 0; i < 500; ++i)
         handles.emplace_back(::CreateEventA(&inheritable, TRUE, FALSE, nullptr));
     ::SetEnvironmentVariableA("AUTOOLS_CALLERS_OWN", "1");
+    const UserVariable usersOwn("AUTOOLS_USERS_OWN", "of the user");
     ::SetPriorityClass(::GetCurrentProcess(), BELOW_NORMAL_PRIORITY_CLASS);
 
     const std::string file = m_folder / "report.txt";
@@ -99,8 +117,10 @@ TEST_F(RunUserProcessTest, StartsTheProgramOnTheUsersDesktopWithTheUsersEnvironm
     EXPECT_TRUE(has(lines, "processes on the console=1")) << "it has a console of its own";
     EXPECT_TRUE(has(lines, "normal priority=1")) << "not that of the starting process";
     EXPECT_TRUE(has(lines, "inherited=0"));
+    EXPECT_TRUE(has(lines, "user=" + ownUser()));
     EXPECT_TRUE(anyStartsWith(lines, "variable SystemRoot="));
     EXPECT_TRUE(anyStartsWith(lines, "variable USERPROFILE="));
+    EXPECT_TRUE(has(lines, "variable AUTOOLS_USERS_OWN=of the user")) << "this process has started without it";
     EXPECT_FALSE(anyStartsWith(lines, "variable AUTOOLS_CALLERS_OWN")) << "the caller's additions are not passed on";
 }
 
