@@ -2,11 +2,11 @@
 
 #include "platform/BoundedText.h"
 #include "platform/Layout.h"
+#include "registry/KeyPath.h"
 #include "registry/TypedValues.h"
 
 #include <algorithm>
 #include <cstring>
-#include <initializer_list>
 #include <memory>
 #include <new>
 
@@ -31,19 +31,6 @@ constexpr DWORD kBufferSize = 260;
 
 bool isReadOnly(unsigned long access) { return (access & ~static_cast<unsigned long>(KEY_WOW64_64KEY)) == KEY_READ; }
 
-String joined(std::initializer_list<const char*> pieces)
-{
-    String path;
-    const char* separator = "";
-    for (const char* const piece : pieces)
-    {
-        path += separator;
-        path += piece;
-        separator = "\\";
-    }
-    return path;
-}
-
 /// Appends the names that `enumerate(index, buffer, sizeChars)` gives for the indexes below `count`.
 template <typename Enumerate> bool collectNames(RT_List<String, String&>& list, DWORD count, Enumerate enumerate)
 {
@@ -65,18 +52,18 @@ CRegBase::CRegBase(const char* path, bool readOnly) : CRegBase() { Open(path, au
 
 CRegBase::CRegBase(const char* part1, const char* part2, bool readOnly) : CRegBase()
 {
-    Open(joined({part1, part2}), aut::accessFor(readOnly));
+    Open(aut::KeyPath{part1, part2}, aut::accessFor(readOnly));
 }
 
 CRegBase::CRegBase(const char* part1, const char* part2, const char* part3, bool readOnly) : CRegBase()
 {
-    Open(joined({part1, part2, part3}), aut::accessFor(readOnly));
+    Open(aut::KeyPath{part1, part2, part3}, aut::accessFor(readOnly));
 }
 
 CRegBase::CRegBase(const char* part1, const char* part2, const char* part3, const char* part4, bool readOnly)
     : CRegBase()
 {
-    Open(joined({part1, part2, part3, part4}), aut::accessFor(readOnly));
+    Open(aut::KeyPath{part1, part2, part3, part4}, aut::accessFor(readOnly));
 }
 
 CRegBase::CRegBase(const CRegBase& other) = default;

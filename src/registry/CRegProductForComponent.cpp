@@ -1,5 +1,6 @@
 #include "registry/CRegProductForComponent.h"
 
+#include "platform/BoundedText.h"
 #include "registry/CRegComponent.h"
 #include "registry/TypedValues.h"
 
@@ -11,28 +12,28 @@ constexpr char kPath[] = "Path";
 constexpr char kLanguage[] = "Language";
 constexpr char kEnable[] = "Enable";
 
-String entryOf(const char* component, const char* product)
+aut::KeyPath entryOf(const char* component, const char* product)
 {
-    return aut::entryPath(String(aut::kComponentsKey) + "\\" + component, product);
+    return aut::entryPath(aut::KeyPath{aut::kComponentsKey, component}, product);
 }
 
-void writeUnlessEmpty(CRegBase& key, const char* name, const String& text)
+void writeUnlessEmpty(CRegBase& key, const char* name, const char* text)
 {
-    if (!text.IsEmpty())
+    if (!aut::isEmpty(text))
         key.SetValue(name, text);
 }
 } // namespace
 
-/// What moves between a product's own entry and the common one.
+/// What moves between a product's own entry and the common one. Held without memory of its own, so that nothing is lost
+/// for want of it.
 struct CRegProductForComponent::EntryData
 {
     /// An entry of no product counts as not enabled.
     EntryData(CRegBase& entry, bool ofProduct) : enabled(ofProduct && aut::readFlag(entry, kEnable))
     {
-        char buffer[260];
-        path = aut::readText(entry, buffer, kPath);
-        language = aut::readText(entry, buffer, kLanguage);
-        version = aut::readText(entry, buffer, kVersion);
+        aut::readText(entry, path, kPath);
+        aut::readText(entry, language, kLanguage);
+        aut::readText(entry, version, kVersion);
     }
 
     void writeTo(CRegBase& entry) const
@@ -45,9 +46,9 @@ struct CRegProductForComponent::EntryData
     }
 
     bool enabled;
-    String path;
-    String language;
-    String version;
+    char path[260];
+    char language[260];
+    char version[260];
 };
 
 CRegProductForComponent::CRegProductForComponent(const char* component, const char* product, bool readOnly,
@@ -94,11 +95,12 @@ bool CRegProductForComponent::Share()
         return false;
     const EntryData data(*this, !m_product.IsEmpty());
     RT_List<String, String&> products;
-    CRegComponent(m_component, true).GetProductList(products);
+    if (!CRegComponent(m_component, true).GetProductList(products))
+        return false; // the products read are not all
 
     if (products.GetCount() == 1)
         return !aut::contains(products, m_product) || ShareAsFirst(data);
-    if (products.GetCount() > 1 && (data.version.IsEmpty() || IsSharedByOther(products, data.path)))
+    if (products.GetCount() > 1 && (aut::isEmpty(data.version) || IsSharedByOther(products, data.path)))
         return JoinShared();
     return true;
 }
@@ -147,7 +149,8 @@ bool CRegProductForComponent::UnShare()
     CRegBase common(entryOf(m_component, aut::kSharedEntry), true);
     const EntryData data(common, !m_product.IsEmpty());
     RT_List<String, String&> products;
-    CRegComponent(m_component, true).GetProductList(products);
+    if (!CRegComponent(m_component, true).GetProductList(products))
+        return false; // the products read are not all: the only one read need not be the last
     if (products.IsEmpty())
         return true;
 

@@ -27,10 +27,11 @@ public:
 
     /// The component's only product moves its entry to a new common one. One of several joins the common entry when its
     /// own has no version yet, or when another product shares what lies at the same path. Otherwise nothing is done. On
-    /// success the accessors work on the common entry. False when an entry cannot be opened for writing.
+    /// success the accessors work on the common entry. False when an entry cannot be opened for writing, or the
+    /// products cannot all be read.
     bool Share();
     /// Takes the common entry's data back into the product's own; the common entry goes with its last product. False
-    /// when an entry cannot be opened for writing.
+    /// when an entry cannot be opened for writing, or the products cannot all be read.
     bool UnShare();
 
 private:

@@ -42,16 +42,7 @@ POSITION find(const StringList& list, const char* text)
 
 namespace aut
 {
-String entryPath(const char* root, const char* name)
-{
-    String path(root);
-    if (!isEmpty(name))
-    {
-        path += '\\';
-        path += name;
-    }
-    return path;
-}
+KeyPath entryPath(const char* root, const char* name) { return isEmpty(name) ? KeyPath{root} : KeyPath{root, name}; }
 
 bool writeOrDelete(CRegBase& key, const char* name, const char* text)
 {

@@ -2,6 +2,7 @@
 #define AUTOOLS_REGISTRY_TYPEDVALUES_H
 
 #include "registry/CRegBase.h"
+#include "registry/KeyPath.h"
 
 // What the accessors of the key classes are made of: one typed read or write each, so that an accessor names its value
 // and nothing else. The common defaults live here: "" for a text, 0 for a number and false for a flag that is missing.
@@ -20,7 +21,7 @@ inline constexpr int kReadWriteAccess =
 constexpr int accessFor(bool readOnly) { return readOnly ? KEY_READ : kReadWriteAccess; }
 
 /// The path of one entry below `root`; for a null or empty name the root itself.
-String entryPath(const char* root, const char* name);
+KeyPath entryPath(const char* root, const char* name);
 
 inline const char* readText(CRegBase& key, char (&buffer)[260], const char* name)
 {

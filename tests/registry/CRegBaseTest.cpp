@@ -1,6 +1,7 @@
 #include "registry/CRegBase.h"
 
 #include "tests/registry/RegistryTests.h"
+#include "tests/support/ImportPatch.h"
 #include "tests/support/LogFile.h"
 
 using auttest::clientKey;
@@ -34,6 +35,16 @@ unsigned long numberIn(CRegBase& key, const char* name)
     key.QueryValue(name, number);
     return number;
 }
+
+int flushes = 0;
+LSTATUS WINAPI countFlush(HKEY key)
+{
+    ++flushes;
+    return ::RegFlushKey(key);
+}
+
+void* noMemory(std::size_t) { return nullptr; }
+void* noMoreMemory(void*, std::size_t) { return nullptr; }
 } // namespace
 
 TEST(CRegBase, StartsClosedWithReadAccessAndEmptyPath)
@@ -94,6 +105,20 @@ TEST(CRegBase, TakesANullPieceForAnEmptyOne)
     const ClientRegistry registry;
     EXPECT_EQ(clientKey() + "\\", Probe(clientKey().c_str(), nullptr, true).m_path);
     EXPECT_STREQ("", Probe(static_cast<const char*>(nullptr), true).m_path);
+}
+
+TEST(CRegBase, NeverLosesAPieceForWantOfMemory)
+{
+    const ClientRegistry registry;
+    registry.createKey("Key\\Below");
+    const auttest::ImportPatch first("malloc", noMemory);
+    const auttest::ImportPatch further("realloc", noMoreMemory);
+    Probe key(clientKey().c_str(), "Key", "Below", "Missing", true);
+    EXPECT_EQ(nullptr, key.m_key);
+    EXPECT_STREQ("Software\\Velmora\\7xAutoUpdate\\Key\\Below\\Missing", key.m_path);
+    EXPECT_TRUE(Probe(clientKey().c_str(), "Key", true).DeleteKey());
+    EXPECT_FALSE(registry.keyExists("Key"));
+    EXPECT_TRUE(registry.keyExists(""));
 }
 
 TEST(CRegBase, TakesAPathOf259Characters)
@@ -334,6 +359,28 @@ TEST(CRegBase, WritesFailWhenTheKeyCannotBeReopened)
         EXPECT_FALSE(write(key));
         EXPECT_EQ(nullptr, key.m_key);
     }
+}
+
+TEST(CRegBase, EverySuccessfulChangeIsFlushed)
+{
+    const ClientRegistry registry;
+    Probe key(keyPath().c_str(), false);
+    const auttest::ImportPatch counting("RegFlushKey", countFlush);
+    flushes = 0;
+    EXPECT_TRUE(key.SetValue("Text", "text"));
+    EXPECT_EQ(1, flushes);
+    EXPECT_TRUE(key.SetValue("Number", 1UL));
+    EXPECT_EQ(2, flushes);
+    EXPECT_TRUE(key.DeleteValue("Text"));
+    EXPECT_EQ(3, flushes);
+    EXPECT_FALSE(key.DeleteValue("Text"));
+    EXPECT_EQ(3, flushes);
+    key.Flush();
+    EXPECT_EQ(4, flushes);
+    key.Close();
+    key.Flush();
+    EXPECT_FALSE(key.SetValue("Text", "text"));
+    EXPECT_EQ(4, flushes);
 }
 
 TEST(CRegBase, SetValueWritesATextWithItsTerminator)

@@ -1,6 +1,7 @@
 #include "registry/CRegProductForComponent.h"
 
 #include "tests/registry/RegistryTests.h"
+#include "tests/support/ImportPatch.h"
 
 using Key = CRegProductForComponent;
 
@@ -38,6 +39,16 @@ protected:
 
     auttest::ClientRegistry m_registry;
 };
+
+/// The system's failure to tell more than one subkey.
+LSTATUS WINAPI firstSubkeyOnly(HKEY key, DWORD index, LPSTR name, LPDWORD size, LPDWORD reserved, LPSTR className,
+                               LPDWORD classSize, PFILETIME written)
+{
+    return index == 0 ? ::RegEnumKeyExA(key, index, name, size, reserved, className, classSize, written)
+                      : ERROR_NOT_ENOUGH_MEMORY;
+}
+void* noMemory(std::size_t) { return nullptr; }
+void* noMoreMemory(void*, std::size_t) { return nullptr; }
 } // namespace
 
 TEST_F(CRegProductForComponentTest, OpensTheProductsEntry)
@@ -281,6 +292,18 @@ TEST_F(CRegProductForComponentTest, SharingFailsWhenTheCommonEntryCannotBeOpened
     EXPECT_FALSE(joining.Share());
 }
 
+TEST_F(CRegProductForComponentTest, SharingFailsWhenTheProductsCannotAllBeRead)
+{
+    storeEntry(kOwn, "C:\\own");
+    storeEntry("Components\\Comp\\P2", "C:\\other");
+    Key key("Comp", "P1", false, true);
+    const auttest::ImportPatch patch("RegEnumKeyExA", firstSubkeyOnly);
+    EXPECT_FALSE(key.Share());
+    EXPECT_FALSE(key.IsShared());
+    expectEntry(kOwn, "C:\\own");
+    EXPECT_FALSE(m_registry.keyExists(kCommon));
+}
+
 TEST_F(CRegProductForComponentTest, UnsharingAnEntryThatIsNotSharedChangesNothing)
 {
     storeEntry(kOwn, "C:\\own");
@@ -361,6 +384,31 @@ TEST_F(CRegProductForComponentTest, UnsharingWithoutAnyProductChangesNothing)
     EXPECT_TRUE(key.UnShare());
     EXPECT_TRUE(m_registry.keyExists(kCommon));
     EXPECT_FALSE(m_registry.keyExists(kOwn));
+}
+
+TEST_F(CRegProductForComponentTest, UnsharingFailsWhenTheProductsCannotAllBeRead)
+{
+    storeShared({"P1", "P2"});
+    Key key("Comp", "P1", false, true);
+    const auttest::ImportPatch patch("RegEnumKeyExA", firstSubkeyOnly);
+    EXPECT_FALSE(key.UnShare()); // the one product read is not the last
+    EXPECT_TRUE(key.IsShared());
+    expectEntry(kCommon, "C:\\common");
+    EXPECT_TRUE(m_registry.valueExists(kOwn, "Shared"));
+}
+
+TEST_F(CRegProductForComponentTest, UnsharingWithoutMemoryChangesNothing)
+{
+    storeShared({"P1"});
+    Key key("Comp", "P1", false, true);
+    {
+        const auttest::ImportPatch first("malloc", noMemory);
+        const auttest::ImportPatch further("realloc", noMoreMemory);
+        EXPECT_FALSE(key.UnShare());
+    }
+    EXPECT_TRUE(key.IsShared());
+    expectEntry(kCommon, "C:\\common");
+    EXPECT_TRUE(m_registry.valueExists(kOwn, "Shared"));
 }
 
 TEST_F(CRegProductForComponentTest, UnsharingFailsOnAClosedObject)
