@@ -260,6 +260,47 @@ TEST_F(SystemFailureTest, ABlockOfSharedMemoryIsOpenedForWritingAndMappedForBoth
     owner.Close();
 }
 
+TEST_F(SystemFailureTest, AnEventThatAnotherProcessMakesMeanwhileIsShared)
+{
+    using Open = HANDLE WINAPI(DWORD, BOOL, const char*);
+    Open* const tooEarly = [](DWORD, BOOL, const char*) -> HANDLE
+    {
+        ::SetLastError(ERROR_FILE_NOT_FOUND); // it is made right after this
+        return nullptr;
+    };
+    CAUEvent first;
+    CInterruptionEvent firstInterruption;
+    String name = "SystemFailureTest interruption";
+    ASSERT_EQ(1, first.Create("SystemFailureTest meanwhile"));
+    ASSERT_EQ(1, firstInterruption.Create(name));
+    const ImportPatch patch("OpenEventA", tooEarly);
+    CAUEvent second;
+    ASSERT_EQ(1, second.Create("SystemFailureTest meanwhile"));
+    EXPECT_EQ(1, second.SignalEvent());
+    EXPECT_EQ(WAIT_OBJECT_0, ::WaitForSingleObject(first.GetHandle(), 0));
+    CInterruptionEvent secondInterruption;
+    ASSERT_EQ(1, secondInterruption.Create(name));
+    EXPECT_EQ(1, secondInterruption.RaiseIT());
+    EXPECT_EQ(WAIT_OBJECT_0, ::WaitForSingleObject(firstInterruption.GetEventHandle(), 0));
+}
+
+TEST_F(SystemFailureTest, ABlockThatCannotBeMappedLeavesNoHandle)
+{
+    using Map = void* WINAPI(HANDLE, DWORD, DWORD, DWORD, SIZE_T);
+    Map* const fail = [](HANDLE, DWORD, DWORD, DWORD, SIZE_T) -> void* { return nullptr; };
+    SharedMemory owner("SystemFailureTest unmapped");
+    ASSERT_NE(nullptr, owner.Create(64));
+    const ImportPatch patch("MapViewOfFile", fail);
+    const std::size_t before = openHandles();
+    SharedMemory created("SystemFailureTest unmapped");
+    EXPECT_EQ(nullptr, created.Create(64));
+    created.Close();
+    SharedMemory opened("SystemFailureTest unmapped");
+    EXPECT_EQ(nullptr, opened.Open()) << "without a view nothing would ever release the handle";
+    EXPECT_EQ(before, openHandles());
+    owner.Close();
+}
+
 TEST_F(SystemFailureTest, SharedMemoryAsksForTheSystemOnceInAProcess)
 {
     using Ask = BOOL WINAPI(OSVERSIONINFOA*);
