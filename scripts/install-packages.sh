@@ -4,10 +4,16 @@
 # Runs as root or with sudo. When nothing is missing nothing happens, without any network.
 set -eu
 
-packages=(cmake ninja-build ccache g++-mingw-w64-x86-64-posix wine64)
+packages=(cmake ninja-build ccache g++-mingw-w64-x86-64-posix wine64 libcli11-dev nlohmann-json3-dev)
 case ${1:-} in
 build) ;;
-test) packages+=(googletest clang lld openssl) ;; # openssl serves TLS to the download library
+test)
+    packages+=(googletest clang lld)
+    packages+=(openssl)                         # serves TLS to the download library
+    packages+=(libclang-rt-14-dev)              # sanitizers and coverage-guided fuzzing of the portable sources
+    packages+=(chromium)                        # shows the log report as its reader sees it
+    packages+=(doxygen gdb pkgconf gcovr)       # the package and its documentation; coverage
+    ;;
 *)
     sed -n '2,/^set -eu/{/^#/s/^# \{0,1\}//p}' "$0" >&2
     exit 2
