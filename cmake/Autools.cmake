@@ -19,6 +19,18 @@ if(NOT MSVC)
   target_compile_options(autools_build_settings INTERFACE $<$<CONFIG:Debug>:-Og -g1 -D_GLIBCXX_ASSERTIONS>)
 endif()
 
+# The same sources give the same bytes, wherever they are built and whenever: no folder and no time in what is released.
+# Its debug symbols are split off when it is installed.
+if(MSVC)
+  target_compile_options(autools_build_settings INTERFACE $<$<NOT:$<CONFIG:Debug>>:/Brepro /Zi>)
+  target_link_options(autools_build_settings INTERFACE $<$<NOT:$<CONFIG:Debug>>:/Brepro /DEBUG /OPT:REF /OPT:ICF>)
+else()
+  # Of two that fit, the one given last counts.
+  target_compile_options(autools_build_settings INTERFACE $<$<NOT:$<CONFIG:Debug>>:-g
+    -ffile-prefix-map=${PROJECT_SOURCE_DIR}=. -ffile-prefix-map=${PROJECT_BINARY_DIR}=build>)
+  target_link_options(autools_build_settings INTERFACE $<$<NOT:$<CONFIG:Debug>>:LINKER:--no-insert-timestamp>)
+endif()
+
 # autools_sources(SOURCES a.cpp ... PUBLIC_HEADERS a.h ...): adds one folder's part of the library.
 function(autools_sources)
   cmake_parse_arguments(ARG "" "" "SOURCES;PUBLIC_HEADERS" ${ARGN})

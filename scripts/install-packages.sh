@@ -12,7 +12,8 @@ test)
     packages+=(openssl)                         # serves TLS to the download library
     packages+=(libclang-rt-14-dev)              # sanitizers and coverage-guided fuzzing of the portable sources
     packages+=(chromium)                        # shows the log report as its reader sees it
-    packages+=(doxygen gdb pkgconf gcovr)       # the package and its documentation; coverage
+    packages+=(doxygen gdb pkgconf osslsigncode) # the package and its documentation
+    packages+=(gcovr)                           # coverage
     ;;
 *)
     sed -n '2,/^set -eu/{/^#/s/^# \{0,1\}//p}' "$0" >&2

@@ -1,0 +1,10 @@
+# The version stands in CMakeLists.txt; the two files that must repeat it agree with it.
+file(READ ${SOURCE}/packaging/vcpkg/ports/7xautoupdatetools/vcpkg.json port)
+string(JSON portVersion GET "${port}" version)
+if(NOT portVersion STREQUAL VERSION)
+  message(FATAL_ERROR "the vcpkg port says ${portVersion}, the project ${VERSION}")
+endif()
+file(STRINGS ${SOURCE}/CHANGELOG.md heading REGEX "^## " LIMIT_COUNT 1)
+if(NOT heading MATCHES "^## ${VERSION}( |$)")
+  message(FATAL_ERROR "the change log begins with \"${heading}\", not with version ${VERSION}")
+endif()
