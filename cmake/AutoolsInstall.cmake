@@ -45,7 +45,6 @@ install(FILES ${AUTOOLS_RUNTIME_DLLS} DESTINATION ${CMAKE_INSTALL_BINDIR} COMPON
 autools_install_binary(7xAutoUpdateTools runtime)
 autools_install_binary(7xFileTransfer runtime)
 if(TARGET autool)
-  install(TARGETS autool RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
   autools_install_binary(autool tools)
 endif()
 if(MSVC)
