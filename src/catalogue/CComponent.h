@@ -47,7 +47,7 @@ public:
     /// kept.
     void InsertLevelIntoRegistry();
 
-    /// Loads the map file of this version from the folder root\name\full version, where a null root means the
+    /// Loads the map file of this version from the folder `root\name\full version`, where a null root means the
     /// component path of the registry. True when a map file is held.
     bool LoadMapFile(char* componentRoot);
     /// Releases the map file and, deliberately, unloads the map-file library for every component of the process; the

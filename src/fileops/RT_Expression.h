@@ -4,7 +4,7 @@
 #include "foundation/Export.h"
 #include "foundation/String.h"
 
-/// A text with %NAME%, {HKLM\key\value}, {HKCU\key\value} and {file [section] key} blocks, evaluated to a plain text.
+/// Evaluates the blocks `%NAME%`, `{HKLM\key\value}`, `{HKCU\key\value}` and `{file [section] key}` in a text.
 ///
 /// What cannot be resolved stays as it is written, and so does everything from a block on that is never closed (see
 /// `Analyse`) or that would take the text beyond a megabyte. The layout and the order of the virtual operations are

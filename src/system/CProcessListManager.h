@@ -31,11 +31,11 @@ public:
     /// Counts the processes of that name and stores their ids in the caller's buffer when `ids` is given; the buffer
     /// is not bounded.
     int IsProcessRunning(const char* name, int* count, unsigned long** ids);
-    /// domain\user of the process's owner.
+    /// `domain\user` of the process's owner.
     static int GetUserNameFromPID(unsigned long pid, String& user);
     /// Is a module of that file name loaded in the process; its full path in long form.
     int IsDllLoadedByProcess(unsigned long pid, String& dllName, String& fullPath);
-    /// Like IsProcessRunning, for the processes of one user (domain\user).
+    /// Like IsProcessRunning, for the processes of one user (`domain\user`).
     int IsUserProcessRunning(const char* user, const char* name, int* count, unsigned long** ids);
     /// Starts a command line on the user's desktop with the user's environment.
     int RunUserProcess(const char* user, const char* commandLine);

@@ -22,7 +22,7 @@ public:
     /// The session attached to the physical console; 0xFFFFFFFF when there is none or the system has no console
     /// session, which is logged. Does not need the terminal-services interface.
     unsigned long GetWTSActiveConsoleSessionId();
-    /// domain\user of the account logged on in that session; empty when nobody is or it cannot be told.
+    /// `domain\user` of the account logged on in that session; empty when nobody is or it cannot be told.
     String GetWTSAccountFromSessionId(unsigned long session);
     /// Shows a message box with the warning icon in that session without waiting for the answer. The result is the
     /// system's: non-zero when the box was sent, 0 also when the interface cannot be loaded.
