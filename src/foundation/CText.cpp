@@ -1,5 +1,6 @@
 #include "foundation/CText.h"
 
+#include <cstdint>
 #include <cstring>
 
 namespace
@@ -26,8 +27,8 @@ char* Trim(char* s)
 
 unsigned long atodw(const char* s)
 {
-    unsigned long value = 0;
+    std::uint32_t value = 0;
     for (; s != nullptr && *s >= '0' && *s <= '9'; ++s)
-        value = value * 10 + static_cast<unsigned long>(*s - '0');
+        value = value * 10 + static_cast<std::uint32_t>(*s - '0');
     return value;
 }

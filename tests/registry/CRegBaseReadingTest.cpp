@@ -40,7 +40,9 @@ void storeWide(DWORD type, const std::string& bytes)
     ::RegCreateKeyExA(HKEY_LOCAL_MACHINE, clientKey("Key").c_str(), 0, nullptr, 0, KEY_SET_VALUE | KEY_WOW64_64KEY,
                       nullptr, &key, nullptr);
     const aut::UniqueKey opened(key);
-    ASSERT_EQ(ERROR_SUCCESS, ::RegSetValueExW(key, L"Value", 0, type, reinterpret_cast<const BYTE*>(bytes.data()),
+    // Windows looks behind a text without a terminator, and stores the one it finds there too.
+    const std::string followed = bytes + "####";
+    ASSERT_EQ(ERROR_SUCCESS, ::RegSetValueExW(key, L"Value", 0, type, reinterpret_cast<const BYTE*>(followed.data()),
                                               static_cast<DWORD>(bytes.size())));
 }
 } // namespace

@@ -48,8 +48,11 @@ void Registry::write(std::string_view key, const char* name, std::string_view te
 void Registry::writeRaw(std::string_view key, const char* name, DWORD type, std::string_view bytes) const
 {
     const aut::UniqueKey opened = create(m_root, full(key));
-    EXPECT_EQ(ERROR_SUCCESS, ::RegSetValueExA(opened.get(), name, 0, type, reinterpret_cast<const BYTE*>(bytes.data()),
-                                              static_cast<DWORD>(bytes.size())))
+    // Windows looks behind a text without a terminator, and stores the one it finds there too.
+    const std::string followed = std::string(bytes) + "##";
+    EXPECT_EQ(ERROR_SUCCESS,
+              ::RegSetValueExA(opened.get(), name, 0, type, reinterpret_cast<const BYTE*>(followed.data()),
+                               static_cast<DWORD>(bytes.size())))
         << full(key) << ", " << name;
 }
 

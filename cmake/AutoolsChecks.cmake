@@ -1,0 +1,47 @@
+# Builds that watch themselves while the tests run (presets mingw-guard, mingw-ubsan and mingw-coverage). They are for the
+# tests only: nothing of it belongs into a library that is given away.
+#
+#   guard      every block of memory ends at a no-access page and stays out of reach once freed (tests/support/guard)
+#   undefined  undefined behaviour ends the program at the spot
+#   coverage   counts the lines and branches of src/ that run (tests/coverage.sh)
+set(AUTOOLS_CHECKS "" CACHE STRING "How a test build watches itself: guard, undefined, coverage, or empty for not at all")
+set_property(CACHE AUTOOLS_CHECKS PROPERTY STRINGS "" guard undefined coverage)
+# Watched programs are slow; tests/torture/checked.sh gives the runner as much.
+set(AUTOOLS_TEST_TIMEOUT 300)
+if(AUTOOLS_CHECKS)
+  set(AUTOOLS_TEST_TIMEOUT 1800)
+endif()
+if(AUTOOLS_CHECKS AND NOT MINGW)
+  message(FATAL_ERROR "AUTOOLS_CHECKS is for MinGW compilers")
+endif()
+
+if(AUTOOLS_CHECKS STREQUAL "undefined")
+  if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+    set(trap -fsanitize-trap=all)
+  else()
+    set(trap -fsanitize-undefined-trap-on-error)
+  endif()
+  target_compile_options(autools_build_settings INTERFACE -fsanitize=undefined ${trap})
+endif()
+
+# autools_watch(target): a program or library whose memory is to be guarded. What the library's clients are made of is
+# watched with it: the import of the library alone brings the guard into their process.
+function(autools_watch target)
+  if(AUTOOLS_CHECKS STREQUAL "guard")
+    # By its file, as no package is to know of it. A program must import it although it need not call it.
+    add_dependencies(${target} autools_guard)
+    target_link_options(${target} PRIVATE -Wl,--undefined=autoolsGuardFigures $<TARGET_LINKER_FILE:autools_guard>)
+    # Some programs lie in a folder of their own.
+    add_custom_command(TARGET ${target} POST_BUILD VERBATIM
+      COMMAND ${CMAKE_COMMAND} -E copy_if_different $<TARGET_FILE:autools_guard> $<TARGET_FILE_DIR:${target}>)
+  endif()
+endfunction()
+
+# autools_count(objects): objects whose lines and branches are counted.
+function(autools_count objects)
+  if(AUTOOLS_CHECKS STREQUAL "coverage")
+    # Unoptimised, for one machine branch a source branch.
+    target_compile_options(${objects} PRIVATE --coverage -O0)
+    target_link_options(${objects} PUBLIC --coverage)
+  endif()
+endfunction()
