@@ -16,7 +16,7 @@ using Lock = std::lock_guard<std::recursive_mutex>;
 bool CComponent::VersionFolder(const char* componentRoot, char* folder) const
 {
     folder[0] = '\0';
-    if (!aut::isPlainName(m_name) || !aut::isPlainName(m_fullVersion))
+    if (!aut::isFolderName(m_name) || !aut::isFolderName(m_fullVersion))
     {
         // Both came from the server, and a map file says where files are to be put.
         Log(2, "CComponent - component %s %s refused: no folder of its own", m_name, m_fullVersion);

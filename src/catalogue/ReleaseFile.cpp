@@ -6,20 +6,6 @@
 
 #include <windows.h>
 
-#include <cstring>
-
-namespace
-{
-/// Windows takes some names for devices in every folder and with every extension; which ones, only it knows. What is
-/// written to one is lost.
-bool isDevice(const char* path)
-{
-    char full[MAX_PATH] = "";
-    const DWORD length = ::GetFullPathNameA(path, MAX_PATH, full, nullptr);
-    return length < MAX_PATH && std::strncmp(full, "\\\\.\\", 4) == 0;
-}
-} // namespace
-
 namespace aut
 {
 bool isReleaseName(const char* name) { return *name != '\0' && isPlainName(name); }

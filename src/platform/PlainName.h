@@ -13,6 +13,14 @@ inline bool isPlainName(const char* name) noexcept
 {
     return std::strpbrk(name, "\\/:") == nullptr && (*name == '\0' || name[std::strspn(name, ". ")] != '\0');
 }
+
+/// Whether a path, or a bare name, stands for a device. Windows takes some names for devices in every folder and with
+/// every extension; which ones, only it knows. What is written to one is lost.
+bool isDevice(const char* path) noexcept;
+
+/// Whether a plain name names a folder of its own when it is one element of a path as it stands. Windows drops points
+/// and blanks at an element's end, so that "1.0." would be the folder of "1.0"; a device is no folder.
+bool isFolderName(const char* name) noexcept;
 } // namespace aut
 
 #endif

@@ -36,6 +36,8 @@ bool meansRevoked(const char* reason)
 /// Saving may fail half way: the list of the previous cycle stays until the new one is whole. Raises.
 void replaceList(IXMLDOMDocument* document, const char* path)
 {
+    if (*path == '\0') // of no folder at all, the current one would be taken
+        throw _com_error(HRESULT_FROM_WIN32(ERROR_INVALID_NAME));
     aut::FileReplacement file(path);
     if (*file.temporary() != '\0')
     {

@@ -1,5 +1,7 @@
 #include "productlist/ProductListFile.h"
 
+#include "foundation/EventLog.h"
+#include "platform/PlainName.h"
 #include "registry/CRegAutoUpdate.h"
 
 namespace aut
@@ -11,6 +13,12 @@ String productListFile(const String& namePrefix)
     if (client.IsLocalInstall())
     {
         path.Format("%s\\localProductList.xml", client.GetDataPath());
+        return path;
+    }
+    // It may be made of what a server sent. There is no list outside of the data folder, to read or to overwrite.
+    if (!isPlainName(namePrefix))
+    {
+        Log(2, "phase1xml - name prefix %s refused: no product list of its own", static_cast<const char*>(namePrefix));
         return path;
     }
     String prefix;

@@ -42,7 +42,7 @@ String joined(const RT_List<String, String&>& levels)
 /// Both names come with product lists, and the folder they name is going to be deleted: it must lie in ours.
 bool hasFolder(const String& component, const String& level)
 {
-    if (!level.IsEmpty() && aut::isPlainName(component) && aut::isPlainName(level))
+    if (!level.IsEmpty() && aut::isFolderName(component) && aut::isFolderName(level))
         return true;
     Log(2, "CRegComponent::SetMostRecentLevels - level %s of component %s refused: no folder of its own",
         static_cast<const char*>(level), static_cast<const char*>(component));

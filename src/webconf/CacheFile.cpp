@@ -3,13 +3,17 @@
 #include "environment/ClientFolders.h"
 #include "fileops/RT_Dir.h"
 #include "foundation/EventLog.h"
+#include "platform/BoundedText.h"
 #include "platform/FileReplacement.h"
+#include "platform/PlainName.h"
+#include "registry/CRegAutoUpdate.h"
 #include "webconf/DataCaching.h"
 
 #include <windows.h>
 
 #include <cstddef>
 #include <new>
+#include <string>
 
 namespace aut
 {
@@ -19,15 +23,45 @@ struct CachePlace
 {
     String folder;
     String fileName;
+    bool isOurs = false; ///< below the data folder
 };
 
-/// The names in it are taken as they are: a certificate ID may hold "/", which leads into a folder of its own.
+/// Whether a path of names that others chose stays below the folder that it is put behind. A separator leads into a
+/// folder further down, as the "/" of a certificate ID does.
+bool staysBelow(const char* path)
+{
+    std::string element;
+    for (const char* at = orEmpty(path);; ++at)
+    {
+        if (*at != '\0' && *at != '\\' && *at != '/')
+        {
+            element += *at;
+            continue;
+        }
+        // A host may bring its port; any other colon would name a drive or a file's second stream.
+        const std::size_t colon = element.find(':');
+        const bool hasPort = colon != std::string::npos && colon > 1 &&
+                             element.find_first_not_of("0123456789", colon + 1) == std::string::npos;
+        if (hasPort)
+            element.resize(colon);
+        if (!isPlainName(element.c_str()) || isDevice(element.c_str()))
+            return false;
+        if (*at == '\0')
+            return true;
+        element.clear();
+    }
+}
+
+/// The names in it are taken as they are.
 CachePlace cachePlace(const char* host, const char* certificateId, const char* product, const char* component)
 {
     char folder[MAX_PATH];
     char fileName[MAX_PATH];
     ::GetDataFilePath(folder, fileName, host, certificateId, product, component);
-    return {folder, fileName};
+    // Without a data folder the rest would be a path at the root of whatever drive is current, or even a server's.
+    const bool isOurs = !isEmpty(CRegAutoUpdate(true).GetDataPath()) && staysBelow(host) && staysBelow(product) &&
+                        staysBelow(certificateId) && staysBelow(component);
+    return {folder, fileName, isOurs};
 }
 
 String pathOf(const CachePlace& place)
@@ -36,8 +70,9 @@ String pathOf(const CachePlace& place)
     path += "\\";
     path += place.fileName;
     path.Replace('/', '\\');
-    const bool exists = !place.folder.IsEmpty() && !place.fileName.IsEmpty() && path.GetLength() < MAX_PATH;
-    return exists ? path : String(); // a request whose names are too long has no file
+    const bool exists =
+        place.isOurs && !place.folder.IsEmpty() && !place.fileName.IsEmpty() && path.GetLength() < MAX_PATH;
+    return exists ? path : String(); // a request whose names are too long or lead elsewhere has no file
 }
 
 bool writeAt(const CachePlace& place, const String& data)

@@ -355,7 +355,8 @@ TEST_F(CComponentMapFile, NamesThatLeadElsewhereAreRefused)
     install();
     m_folder.writeFile("comp\\1.0B1_EN\\comp.map", "server=outside\n");
     m_folder.writeFile("components\\1.0B1_EN\\FromMSI", "");
-    for (const char* name : {"..\\comp", "../comp", "..", ". .", "C:", "a\\..\\..\\comp"})
+    for (const char* name :
+         {"..\\comp", "../comp", "..", ". .", "C:", "a\\..\\..\\comp", "comp.", "comp ", "NUL", "com1.x"})
     {
         auttest::LogFile log;
         ComponentProbe leading(5, name, "1.0", "B1", "EN", 0, "");
@@ -371,6 +372,8 @@ TEST_F(CComponentMapFile, NamesThatLeadElsewhereAreRefused)
     }
     ComponentProbe version(5, "comp", "..\\..\\comp\\1.0", "B1", "EN", 0, "");
     EXPECT_FALSE(version.LoadMapFile(nullptr));
+    ComponentProbe language(5, "comp", "1.0", "B1", "EN ", 0, ""); // Windows would drop the blank
+    EXPECT_FALSE(language.LoadMapFile(nullptr));
 }
 
 TEST_F(CComponentMapFile, IsFromMSIComponentTellsWhetherTheMarkIsThere)

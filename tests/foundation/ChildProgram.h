@@ -43,6 +43,8 @@ public:
         m_process.reset(started.hProcess);
         aut::UniqueHandle(started.hThread).reset();
     }
+    ChildProgram(ChildProgram&&) = default;
+    ChildProgram& operator=(ChildProgram&&) = delete;
     ~ChildProgram()
     {
         if (m_process && ::WaitForSingleObject(m_process.get(), 0) == WAIT_TIMEOUT)
@@ -50,10 +52,10 @@ public:
     }
 
     /// The exit code; 999 when it does not end in time.
-    DWORD wait() const
+    DWORD wait(DWORD limitMs = 60000) const
     {
         DWORD code = 999;
-        if (!m_process || ::WaitForSingleObject(m_process.get(), 60000) != WAIT_OBJECT_0)
+        if (!m_process || ::WaitForSingleObject(m_process.get(), limitMs) != WAIT_OBJECT_0)
             return 999;
         ::GetExitCodeProcess(m_process.get(), &code);
         return code;

@@ -1,20 +1,42 @@
 // A small program that uses the library from a process of its own. The tests start it under different names.
 //
 //   log <code> <message>            writes one event
-//   burst <tag> <count>             writes the events "<tag> 0", "<tag> 1", ...
+//   burst <tag> <count> [<event>]   writes the events "<tag> 0", "<tag> 1", ...; sets the named event behind the first
+//   long <tag> <count>              the same, with a thousand characters each
+//   threads <threads> <count>       so many threads write events "t0 0 ...", "t1 0 ...", of three hundred characters
 //   forever                         writes events until it is killed
 //   archive                         moves the machine-wide log aside
 //   system <file>                   writes "value|name|version|service pack|64-bit" of this system, twice, into a file
 
 #include "foundation/EventLog.h"
+#include "platform/UniqueResource.h"
 #include "system/COperatingSystem.h"
 
 #include <cstdlib>
 #include <fstream>
 #include <string>
+#include <thread>
+#include <vector>
 
 namespace
 {
+void burst(const std::string& tag, int count, const std::string& tail)
+{
+    for (int i = 0; i < count; ++i)
+        Log(0, "%s %d%s", tag.c_str(), i, tail.c_str());
+}
+
+void burstAndTell(const std::string& tag, int count, const std::string& event)
+{
+    const aut::UniqueHandle begun(::OpenEventA(EVENT_MODIFY_STATE, FALSE, event.c_str()));
+    for (int i = 0; i < count; ++i)
+    {
+        Log(0, "%s %d", tag.c_str(), i);
+        if (i == 0 && begun)
+            ::SetEvent(begun.get());
+    }
+}
+
 void describeSystem(std::ofstream& out)
 {
     COperatingSystem* const system = COperatingSystem::GetInstance();
@@ -37,9 +59,20 @@ int main(int argc, char** argv)
     }
     else if (command == "burst")
     {
+        burstAndTell(argument(2), std::atoi(argument(3).c_str()), argument(4));
+    }
+    else if (command == "long")
+    {
+        burst(argument(2), std::atoi(argument(3).c_str()), " " + std::string(980, 'x'));
+    }
+    else if (command == "threads")
+    {
         const int count = std::atoi(argument(3).c_str());
-        for (int i = 0; i < count; ++i)
-            Log(0, "%s %d", argument(2).c_str(), i);
+        std::vector<std::thread> threads;
+        for (int i = 0; i < std::atoi(argument(2).c_str()); ++i)
+            threads.emplace_back(burst, "t" + std::to_string(i), count, " " + std::string(300, 'x'));
+        for (std::thread& thread : threads)
+            thread.join();
     }
     else if (command == "forever")
     {

@@ -282,6 +282,25 @@ TEST_F(NewConfiguration, WithoutTheDataFolderRaises)
     EXPECT_EQ(Events{}, log.events());
 }
 
+// The prefix is the caller's choice and may be made of what a server sent.
+TEST_F(NewConfiguration, WithAPrefixThatLeadsOutOfTheDataFolderRaises)
+{
+    fill();
+    registry.write("", "DataPath", data.makeFolder("data"));
+    data.writeFile("P_productList.xml", "<outside/>");
+    for (const std::string prefix : {"..\\P", "../P", "x\\..\\..\\P", "C:P", ".."})
+    {
+        phase1xml list("http://host/", prefix.c_str());
+        loadAnswer(list, kNew);
+        EXPECT_THROW(list.IsNewConfiguration(&kept, "A"), _com_error);
+        EXPECT_EQ((Events{{"Error", "phase1xml - name prefix " + prefix + " refused: no product list of its own"}}),
+                  log.events());
+        EXPECT_EQ(0, list.GetPreviousXMLDoc());
+    }
+    EXPECT_EQ("<outside/>", data.readFile("P_productList.xml"));
+    EXPECT_EQ((Names{"First", "Local", "Second", "Third"}), names());
+}
+
 TEST_F(NewConfiguration, OntoAReadOnlyFileRaises)
 {
     fill();

@@ -344,6 +344,18 @@ TEST_F(CRegComponentTest, ADroppedLevelThatIsNoPlainNameIsLoggedAndHasNoFolder)
     EXPECT_TRUE(removed.IsEmpty());
 }
 
+// Windows drops points and blanks at the end: the folder to be removed would be that of level 1, which stays.
+TEST_F(CRegComponentTest, ADroppedLevelThatIsAnotherOnesFolderIsLoggedAndHasNone)
+{
+    m_key.SetMaxLevels(1);
+    auttest::LogFile log;
+    EXPECT_EQ((Texts{"C:\\AU\\Components\\Comp\\2"}), setLevels({"1", "1.", "1. .", "NUL", "com1", "2"}));
+    EXPECT_EQ("1", storedLevels());
+    EXPECT_EQ(4u, log.events().size());
+    EXPECT_TRUE(log.has("Error", "CRegComponent::SetMostRecentLevels - level 1. of component Comp refused: no folder "
+                                 "of its own"));
+}
+
 TEST_F(CRegComponentTest, DropsNothingWhenTheProductsCannotBeRead)
 {
     m_key.SetMaxLevels(1);

@@ -138,6 +138,62 @@ TEST_F(CacheFile, ASlashInTheCertificateIdLeadsIntoAFolder)
     EXPECT_EQ("content", data.readFile(file("ab\\cd+12345==")));
 }
 
+// Certificate IDs, product and component names come from servers.
+TEST_F(CacheFile, NamesThatLeadOutOfTheDataFolderAreRefused)
+{
+    const std::string inner = data.makeFolder("data");
+    registry.write("", "DataPath", inner);
+    const std::string longName(10000, 'x');
+    const struct
+    {
+        std::string host, certificateId, product, component;
+    } rows[] = {
+        {host, "..\\..\\..\\CID", kProduct, ""},
+        {host, "../../../CID", kProduct, ""},
+        {host, "a/../../../../CID", kProduct, ""},
+        {host, "..", "..\\..", ""},
+        {host, kCid, "..", ""},
+        {host, kCid, "..\\", ""},
+        {host, kCid, ".. ", ""},
+        {host, kCid, "C:x", ""},
+        {host, kCid, kProduct, "\\..\\..\\..\\Core"},
+        {host, kCid, kProduct, "Core:stream"},
+        {"..", kCid, kProduct, ""},
+        {"..\\..\\host", kCid, kProduct, ""},
+        {"C:8080", kCid, kProduct, ""},
+        {host, "NUL", kProduct, ""},
+        {host, kCid, "COM1", ""},
+        {host, kCid, longName, ""},
+        {host, longName, kProduct, ""},
+    };
+    for (const auto& row : rows)
+    {
+        SCOPED_TRACE(row.host + "|" + row.certificateId + "|" + row.product + "|" + row.component);
+        log.mark();
+        SetDataInCache(row.host.c_str(), row.certificateId.c_str(), row.product.c_str(), row.component.c_str(), "evil");
+        const Events events = log.events();
+        ASSERT_EQ(1u, events.size());
+        EXPECT_EQ("Error", events[0].type);
+        EXPECT_EQ(0u, events[0].text.find("Unable to create the data cache directory: "));
+    }
+    auttest::OpenDataCaching request;
+    fill(request);
+    std::snprintf(request.m_certificateId, sizeof request.m_certificateId, "..\\..\\..\\CID");
+    EXPECT_STREQ("", request.GetDataFilePath());
+    EXPECT_FALSE(data.exists("CID.dat"));
+    EXPECT_FALSE(data.exists(std::string(kCid) + ".dat"));
+    EXPECT_FALSE(data.exists(host + "\\" + kCid + ".dat"));
+}
+
+TEST_F(CacheFile, NeedsADataFolder)
+{
+    registry.removeValue("", "DataPath");
+    put("lost");
+    EXPECT_EQ(
+        (Events{{"Error", std::string("Unable to create the data cache directory: \\") + kProduct + "\\" + host}}),
+        log.events());
+}
+
 TEST_F(CacheFile, AFolderThatCannotBeMadeIsLogged)
 {
     data.writeFile(kProduct, "a file where the folder should be");
