@@ -127,8 +127,8 @@ bool CRegBase::QueryValue(const char* name, char* buffer)
     DWORD size = kBufferSize;
     const bool found = m_key != nullptr && ::RegQueryValueExA(m_key, name, nullptr, nullptr,
                                                               reinterpret_cast<BYTE*>(buffer), &size) == ERROR_SUCCESS;
-    // Data of 260 bytes fits only when the last one is its terminator.
-    const bool fits = found && (size < kBufferSize || buffer[kBufferSize - 1] == '\0');
+    // Data as long as the buffer fits only when its text ends in there.
+    const bool fits = found && (size < kBufferSize || std::memchr(buffer, '\0', kBufferSize) != nullptr);
     buffer[fits ? std::min(size, kBufferSize - 1) : 0] = '\0';
     return fits;
 }

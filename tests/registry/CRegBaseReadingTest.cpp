@@ -163,6 +163,16 @@ TEST_F(CRegBaseReading, ABufferTakesOtherTypesAsTheBytesTheyAre)
     EXPECT_STREQ("A", m_buffer);
 }
 
+TEST_F(CRegBaseReading, ABufferFullOfDataHoldsTheTextThatEndsInIt)
+{
+    store(REG_BINARY, "abc" + std::string(1, '\0') + std::string(256, 'x')); // 260 bytes, the last one no terminator
+    EXPECT_TRUE(readBuffer());
+    EXPECT_STREQ("abc", m_buffer);
+    store(REG_BINARY, "abc" + std::string(1, '\0') + std::string(257, 'x'));
+    EXPECT_FALSE(readBuffer());
+    EXPECT_STREQ("", m_buffer);
+}
+
 TEST_F(CRegBaseReading, ABufferIsEmptiedByAValueOfNoSize)
 {
     store(REG_SZ, "");
