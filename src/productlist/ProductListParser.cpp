@@ -9,6 +9,8 @@
 #include "productlist/SourceLocation.h"
 #include "registry/CRegAutoUpdate.h"
 
+#include <cerrno>
+#include <climits>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
@@ -18,9 +20,15 @@ namespace
 {
 const unsigned long kTrace = 0x20000;
 
-/// As reading with "%lu": leading digits count, no digits are 0. Too large a number is the largest one, so that the
-/// cut to the record's 32 bits is the same everywhere.
-long toId(const char* text) { return static_cast<long>(std::strtoul(text, nullptr, 10)); }
+/// As reading with "%lu": leading digits count, no digits are 0. A number outside of the type is the largest one, so
+/// that the cut to the record's 32 bits is the same everywhere; not every runtime does so with a negative one by
+/// itself.
+long toId(const char* text)
+{
+    errno = 0;
+    const unsigned long id = std::strtoul(text, nullptr, 10);
+    return static_cast<long>(errno != ERANGE ? id : ULONG_MAX);
+}
 
 bool isWord(const char* text, const char* word) { return ::_stricmp(text, word) == 0; }
 

@@ -201,7 +201,8 @@ INSTANTIATE_TEST_SUITE_P(Texts, ProductListId,
                                            IdRow{"Letters", "abc", 0}, IdRow{"Empty", "", 0},
                                            IdRow{"LargestSigned", "2147483647", 2147483647},
                                            IdRow{"LargestUnsigned", "4294967295", -1},
-                                           IdRow{"TooLarge", "99999999999999999999", -1}),
+                                           IdRow{"TooLarge", "99999999999999999999", -1},
+                                           IdRow{"TooSmall", "-99999999999999999999", -1}),
                          [](const auto& row) { return row.param.name; });
 
 // Which elements count.

@@ -1,6 +1,7 @@
 #ifndef AUTOOLS_TORTURE_ALLOCATIONBALANCE_H
 #define AUTOOLS_TORTURE_ALLOCATIONBALANCE_H
 
+#include <string>
 #include <vector>
 
 namespace torture
@@ -15,8 +16,11 @@ public:
     AllocationBalance(const AllocationBalance&) = delete;
     AllocationBalance& operator=(const AllocationBalance&) = delete;
 
-    /// Blocks allocated and not freed since the start; below 0 when older blocks were freed.
+    /// Blocks allocated and not freed since the start; below 0 when older blocks were freed. Always 0 under guard
+    /// pages, where all of it goes another way.
     long long blocks() const;
+    /// The figure that nothing is left, where it can be counted.
+    static void report(const std::string& what, long long left);
 
 private:
     struct Slot

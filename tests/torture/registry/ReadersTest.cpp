@@ -105,5 +105,5 @@ TEST(RegistryTorture, EveryReaderAnswersAsDocumentedWhateverIsStored)
     figure("registry: readings by " + std::to_string(readings.readers()) + " readers",
            std::to_string(readings.readings()), ">= 30000", readings.readings() >= 30000);
     count("registry: handles left open", readings.handlesLeft(), 0);
-    count("registry: blocks left allocated", readings.blocksLeft(), 0);
+    AllocationBalance::report("registry", readings.blocksLeft());
 }

@@ -111,7 +111,7 @@ protected:
     {
         count(what + " (" + std::to_string(m_inputs) + " files): differences", m_differences, 0);
         count(what + ": reads that cost more than the components there", m_dear, 0);
-        count(what + ": blocks left allocated", m_left, 0);
+        AllocationBalance::report(what, m_left);
         count(what + ": handles left open",
               static_cast<long long>(auttest::openHandles()) - static_cast<long long>(m_handles), 0);
     }

@@ -53,7 +53,7 @@ protected:
     void report(const std::string& what)
     {
         count(what + " (" + std::to_string(m_inputs) + " streams): differences", m_differences, 0);
-        count(what + ": blocks left allocated", m_left, 0);
+        AllocationBalance::report(what, m_left);
     }
 
     std::string m_record;
