@@ -1,7 +1,7 @@
 #include "fileops/ExecCommand.h"
 
+#include "fileops/CommandLine.h"
 #include "fileops/ProgramSearch.h"
-#include "platform/BoundedText.h"
 #include "platform/QueriedText.h"
 
 #include <windows.h>
@@ -14,32 +14,6 @@
 
 namespace
 {
-/// The arguments as they stand, quotes included: the spawn joins them with blanks and adds no quotes of its own, so
-/// that these are what keeps an argument with blanks whole.
-std::vector<std::string> splitArguments(const char* commandLine)
-{
-    std::vector<std::string> arguments;
-    for (const char* at = aut::orEmpty(commandLine);;)
-    {
-        while (*at != '\0' && static_cast<unsigned char>(*at) <= ' ') // a letter beyond ASCII is no blank
-            ++at;
-        if (*at == '\0')
-            return arguments;
-        const char* const begin = at;
-        bool quoted = false;
-        for (; *at != '\0' && (quoted || (*at != ' ' && *at != '\t')); ++at)
-            if (*at == '"')
-                quoted = !quoted;
-        arguments.emplace_back(begin, at);
-    }
-}
-
-std::string withoutEnclosingQuotes(const std::string& text)
-{
-    const bool enclosed = text.size() >= 2 && text.front() == '"' && text.back() == '"';
-    return enclosed ? text.substr(1, text.size() - 2) : text;
-}
-
 /// Takes the process to another directory and, when it ends, back to the one it came from. Both in their short form; a
 /// volume without short names gives the long one.
 class DirectoryVisit
@@ -78,10 +52,10 @@ private:
 int ExecCommand(char* commandLine, bool wait)
 try
 {
-    std::vector<std::string> arguments = splitArguments(commandLine);
+    const std::vector<std::string> arguments = aut::splitArguments(commandLine);
     if (arguments.empty())
         return -1;
-    const std::string program = withoutEnclosingQuotes(arguments.front());
+    const std::string program = aut::withoutEnclosingQuotes(arguments.front());
 
     // The path is searched before the directory changes, because a relative name counts from the caller's directory,
     // and here, because not every runtime's own search is to be relied on.

@@ -230,17 +230,19 @@ String operator+(char left, const String& right)
 
 int String::Find(const char* sub, int start) const
 {
-    if (sub == nullptr || *sub == '\0' || start >= m_length)
+    const int from = atLeastZero(start); // first: an empty string has no buffer, wherever the search begins
+    if (sub == nullptr || *sub == '\0' || from >= m_length)
         return -1;
-    const char* const match = stristr(m_buffer + atLeastZero(start), sub);
+    const char* const match = stristr(m_buffer + from, sub);
     return match != nullptr ? static_cast<int>(match - m_buffer) : -1;
 }
 
 int String::Find(char c, int start) const
 {
-    if (c == '\0' || start >= m_length)
+    const int from = atLeastZero(start);
+    if (c == '\0' || from >= m_length)
         return -1;
-    const char* const match = std::strchr(m_buffer + atLeastZero(start), c);
+    const char* const match = std::strchr(m_buffer + from, c);
     return match != nullptr ? static_cast<int>(match - m_buffer) : -1;
 }
 

@@ -2,7 +2,6 @@
 
 #include "foundation/NumberScan.h"
 #include "platform/BoundedText.h"
-#include "registry/CRegConfig.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -58,15 +57,6 @@ String HereAndNowAsFileNameStr(void)
     char text[64];
     aut::formatText(text, sizeof text, "%s_%u", static_cast<const char*>(seconds), static_cast<unsigned>(now.millitm));
     return String(text);
-}
-
-__int64 LocalTimeToWebConfTime(__int64 t)
-{
-    const __int64 local = t != 0 ? t : ::_time64(nullptr);
-    CRegConfig config(true);
-    // Unsigned, because a damaged registry value may hold any number.
-    return static_cast<__int64>(static_cast<std::uint64_t>(local) +
-                                static_cast<std::uint64_t>(config.GetWebConfDiffDate()));
 }
 
 __int64 ConvertDate(const char* s)

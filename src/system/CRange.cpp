@@ -1,6 +1,7 @@
 #include "system/CRange.h"
 
 #include "foundation/CText.h"
+#include "foundation/NumberScan.h"
 #include "foundation/String.h"
 #include "platform/BoundedText.h"
 #include "platform/Layout.h"
@@ -17,6 +18,17 @@ template <> struct aut::LayoutOf<CRange>
     static_assert(sizeof(CRange) == 16);
 };
 AUT_LAYOUT_END
+
+namespace
+{
+/// What atoi reads, but defined for a number that does not fit: the nearest that does.
+int decimal(const char* text)
+{
+    int value = 0;
+    aut::scanNumber(text, value);
+    return value;
+}
+} // namespace
 
 CRange::CRange() : m_upper(0), m_lower(0) { std::srand(static_cast<unsigned>(std::time(nullptr))); }
 
@@ -36,10 +48,10 @@ void CRange::SetRange(const char* text)
     if (char* const dash = std::strchr(whole, '-'))
     {
         *dash = '\0';
-        m_lower = std::atoi(Trim(whole));
+        m_lower = decimal(Trim(whole));
         upper = dash + 1;
     }
-    m_upper = std::atoi(Trim(upper));
+    m_upper = decimal(Trim(upper));
 }
 
 int CRange::Random()

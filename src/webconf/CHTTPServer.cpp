@@ -1,8 +1,8 @@
 #include "webconf/CHTTPServer.h"
 
+#include "foundation/NumberScan.h"
 #include "platform/Layout.h"
 
-#include <cstdlib>
 #include <cstring>
 #include <string>
 
@@ -104,8 +104,10 @@ void CHTTPServer::ExtractServerNameAndPort(String& url)
         m_port = 0;
     if (colon >= 0)
     {
-        // strtol reads what atoi reads, but is defined for numbers that do not fit
-        m_port = static_cast<int>(std::strtol(static_cast<const char*>(url) + colon + 1, nullptr, 10));
+        // What atoi reads, but defined for a number that does not fit: the nearest that does.
+        const char* number = static_cast<const char*>(url) + colon + 1;
+        m_port = 0;
+        aut::scanNumber(number, m_port);
         url = url.Left(colon);
     }
     m_serverName = url;

@@ -46,6 +46,8 @@ INSTANTIATE_TEST_SUITE_P(SetRange, CRangeText,
                                            Range{"SecondMinusIsASign", "4--6", 4, -6}, Range{"Equal", "5-5", 5, 5},
                                            Range{"Turned", "20-10", 20, 10}, Range{"NoUpper", "4-", 4, 0},
                                            Range{"OnlyMinus", "-", 0, 0}, Range{"Empty", "", 0, 0},
+                                           Range{"TooLarge", "99999999999-4294967297", INT_MAX, INT_MAX},
+                                           Range{"TooSmall", "0--99999999999", 0, INT_MIN},
                                            Range{"NoNumber", "a-b", 0, 0}, Range{"NumbersBeforeLetters", "1a-2b", 1, 2},
                                            Range{"TenThousandBlanks", std::string(10000, ' ') + "3-9", 3, 9}),
                          [](const auto& row) { return std::string(row.param.name); });

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <climits>
 #include <cstring>
 #include <malloc.h>
 #include <string>
@@ -239,6 +240,15 @@ TEST(String, FindsTextWithoutAndCharactersWithRegardToCase)
     EXPECT_EQ(-1, String().Find("a"));
     EXPECT_EQ(-1, String().Find('a'));
     EXPECT_EQ(-1, s.Find("World!"));
+}
+
+TEST(String, NothingIsFoundInAnEmptyStringFromAnyStart)
+{
+    for (const int start : {INT_MIN, -3, -1, 0, 1, INT_MAX})
+    {
+        EXPECT_EQ(-1, String().Find('a', start)) << start;
+        EXPECT_EQ(-1, String().Find("a", start)) << start;
+    }
 }
 
 TEST(String, ReverseFindGivesTheLastIndex)

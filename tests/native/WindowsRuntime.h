@@ -20,4 +20,27 @@ inline __int64 _time64(__int64* out)
     return now;
 }
 
+// Local time is UTC here. The C runtime knows the years from 1970 to 3000.
+constexpr __int64 kLastRuntimeSecond = 32535215999;
+inline __int64 _mktime64(std::tm* local)
+{
+    const __int64 seconds = timegm(local);
+    return seconds >= 0 && seconds <= kLastRuntimeSecond ? seconds : -1;
+}
+inline int _localtime64_s(std::tm* local, const __int64* time)
+{
+    const std::time_t seconds = *time;
+    return seconds >= 0 && seconds <= kLastRuntimeSecond && gmtime_r(&seconds, local) != nullptr ? 0 : 22;
+}
+struct __timeb64
+{
+    __int64 time;
+    unsigned short millitm;
+};
+inline void _ftime64(__timeb64* now)
+{
+    now->time = _time64(nullptr);
+    now->millitm = 0;
+}
+
 #endif

@@ -4,7 +4,7 @@
 #
 # The suites that go through memory (topics fuzz, registry and streams) run under guard pages in the long form: preset
 # mingw-guard. Without a suite named, the long form also runs all ordinary suites in the builds that watch themselves
-# (checked.sh) and the portable sources natively.
+# (checked.sh) and the portable sources natively, their coverage-guided fuzzing included.
 #
 # Exit status 1 when a figure was missed, a suite failed or nothing was measured.
 #   --short         the short form, as the tests run it
@@ -59,6 +59,7 @@ if [ $form = long ] && [ $everything = 1 ]; then
         echo "portable sources natively: faults|some|0|MISSED" >>"$figures"
         status=1
     fi
+    tests/native/fuzz.sh || status=1
 fi
 
 echo
