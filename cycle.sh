@@ -44,8 +44,8 @@ mkdir -p "$tree"
 if [ ! -e "$tree/build.ninja" ]; then
     attempt cmake --preset "$preset" -DBUILD_TESTING=OFF -DAUTOOLS_BUILD_BENCH=OFF
 fi
-attempt cmake --build "$tree" --target updatecycle webconfigurator_program \
+attempt cmake --build "$tree" --target updatecycle webconfigurator_program autool \
     sample_depot samplecertificate autoupdatesrv msxmlfront
-echo "built $(cd "$tree/bin" && echo *.dll updatecycle.exe webconfigurator.exe)"
+echo "built $(cd "$tree/bin" && echo *.dll updatecycle.exe webconfigurator.exe autool.exe)"
 
 exec examples/cycles.sh "$tree" "$tree/wine/cycle" "$@"

@@ -115,6 +115,14 @@ host()
     code=${PIPESTATUS[0]}
 }
 
+# autool <arguments>: what the program for people says, shown and kept in $work/output; its exit code is left in $code.
+autool()
+{
+    printf '$ autool %s\n' "$*"
+    windows "$tree/bin/autool.exe" "$@" </dev/null 2>&1 | sed -u 's/\r$//' | tee "$work/output"
+    code=${PIPESTATUS[0]}
+}
+
 # -- one cycle, as asked for
 
 if [ $# -gt 0 ] || [ -n "${CYCLE_RULE:-}" ]; then
@@ -125,8 +133,11 @@ if [ $# -gt 0 ] || [ -n "${CYCLE_RULE:-}" ]; then
     stopServer
     step "What the Web Configurator was asked"
     tail -n +2 "$work/requests"
-    step "Exit code $code"
-    exit "$code"
+    cycleCode=$code
+    step "What the client would do now"
+    autool plan
+    step "Exit code $cycleCode"
+    exit "$cycleCode"
 fi
 
 # -- the seven cycles
@@ -380,6 +391,14 @@ claim "Reports still waits, for the hours of that configuration" printed \
     "decided      later: outside the installation hours $later (installed 2.4.3P1_EN, asked 2.4.3P2_EN: differs)"
 claim "the machine is as it was" asLastTime
 
+step "What the client would do now, and when its hours come"
+autool plan
+claim "autool decides as the cycle did" eval "printed ' hold ' && printed 'installed only $later o'"
+autool plan --at "$(. "$wine/environment.sh" && date -d '2 hours' '+%Y-%m-%d %H:%M')"
+claim "two hours later it is installed" printed 'Releases: 1 install'
+machine
+claim "looking changed nothing" asLastTime
+
 cycle "Cycle 6: the second certificate is revoked" cycle/ledger-new-build.xml error-access-missing.xml 0
 claim "the server was asked for both, with the time stamp of the configuration" asked "$second" $ledgerId $reportsId
 claim "its releases are withdrawn" printed 'refused      its releases are withdrawn, and it is not asked for again'
@@ -410,6 +429,15 @@ claim "no release file is left" eval "! ls '$drive'/Velmora/Data/*.lst"
 claim "no component is kept" eval "! find '$drive/Velmora/Data/Components' -type f | grep ."
 step "What the machine looks like after cycle 7"
 cat "$work/machine"
+remember
+
+step "What the client would do now"
+autool plan
+claim "nothing waits any more" eval "[ $code = 0 ] && printed 'No releases'"
+autool plan --products "C:\\Velmora\\Data\\${ledgerId}_productList.xml"
+claim "the last product list has been carried out" printed 'Releases: 2 nothing'
+machine
+claim "looking changed nothing" asLastTime
 
 step "Result"
 if [ $wrong != 0 ]; then

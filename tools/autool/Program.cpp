@@ -41,7 +41,10 @@ int runProgram(std::vector<std::string> arguments, Console& console)
     program.require_subcommand(1);
     program.get_formatter()->column_width(28);
     Action action;
+    addCheck(program, action);
     addExplain(program, action);
+    addPlan(program, action);
+    addState(program, action);
     try
     {
         std::reverse(arguments.begin(), arguments.end()); // as CLI11 wants them

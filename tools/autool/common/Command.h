@@ -17,7 +17,10 @@ class Console;
 using Action = std::function<int(Console&)>;
 
 // One function per command, in the command's own folder: adds its subcommand, which sets `action` when it is chosen.
+void addCheck(CLI::App& program, Action& action);
 void addExplain(CLI::App& program, Action& action);
+void addPlan(CLI::App& program, Action& action);
+void addState(CLI::App& program, Action& action);
 } // namespace autool
 
 #endif
