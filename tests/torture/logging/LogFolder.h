@@ -26,7 +26,7 @@ struct LogContent
     bool countsUp(const std::string& tag) const;
 };
 
-/// The log of the service in a folder of its own, with room for 64 archives, and the program that writes to it.
+/// The log of the service in a folder of its own, with room for 99 archives, and the program that writes to it.
 class LogFolder
 {
 public:
