@@ -1,6 +1,10 @@
 #!/bin/bash
 # bench/run.sh [name ...]: builds the measurements in release mode and runs them one after the other in a Windows prefix
-# of their own. Each line is a ratio of two times taken in the same run. Exit status 1 when a promise was missed.
+# of their own, which lies in memory. Everything, Wine's server too, is pinned to one processor: so both sides of a
+# comparison meet the same machine. At the end it prints a table of all figures. Exit status 1 when one was missed.
+#
+#   AUTOOLS_BENCH_CPU       the processor, 0 by default
+#   AUTOOLS_BENCH_ROUNDS    the best of so many runs, 5 by default: more on a machine that has other things to do
 set -eu
 cd "$(dirname "$(readlink -f "$0")")/.."
 tree=$PWD/build/mingw-release
@@ -8,16 +12,30 @@ wine=$PWD/tests/support/wine
 cmake --preset mingw-release -DAUTOOLS_BUILD_BENCH=ON >/dev/null
 ninja -C "$tree" bench/all msxmlfront >/dev/null
 if [ $# -eq 0 ]; then
-    set -- $(sed -n 's/^autools_add_bench(\([a-z_]*\).*/\1/p' bench/CMakeLists.txt)
+    set -- $(sed -n 's/^autools_add_bench(\([a-z0-9_]*\).*/\1/p' bench/CMakeLists.txt)
 fi
 
+taskset -p -c "${AUTOOLS_BENCH_CPU:-0}" $$ >/dev/null
 export AUTOOLS_WINE_CACHE="${AUTOOLS_WINE_CACHE:-$tree/wine/cache}" AUTOOLS_HEAP_CHECKS=0
-prefix=$tree/wine/bench-$$
-trap '"$wine/prefix.sh" remove "$prefix"' EXIT
-"$wine/prefix.sh" create "$prefix" "$tree/bin/msxmlfront.dll"
+memory=/dev/shm
+[ -d $memory ] && [ -w $memory ] || memory=$tree/wine
+prefix=$(mktemp -d "$memory/autools-bench-XXXXXX")
+trap '"$wine/prefix.sh" remove "$prefix/prefix"; rm -rf "$prefix"' EXIT
+"$wine/prefix.sh" create "$prefix/prefix" "$tree/bin/msxmlfront.dll"
+: >"$prefix/figures"
+export AUTOOLS_FIGURES="Z:$prefix/figures"
 status=0
 for name in "$@"; do
-    echo "== $name"
-    "$wine/wine-run.sh" "$prefix" "$tree/bin/$name.exe" </dev/null || status=1
+    "$wine/wine-run.sh" "$prefix/prefix" "$tree/bin/$name.exe" </dev/null >"$prefix/output" 2>&1 || {
+        status=1
+        # A measurement that was made is in the table; anything else says here what went wrong.
+        grep -v '|kept$\||MISSED$' "$prefix/output" || true
+        [ -s "$prefix/output" ] || echo "$name ended without a word"
+    }
 done
+
+printf '%-76s | %-38s | %-33s | %s\n' figure reached required ''
+while IFS='|' read -r what reached required verdict; do
+    printf '%-76s | %-38s | %-33s | %s\n' "$what" "$reached" "$required" "$verdict"
+done < <(tr -d '\r' <"$prefix/figures")
 exit $status

@@ -1,103 +1,63 @@
-// Text search and comparison, against the ways a good engineer would write them with the standard library.
+// Searching a text of 20 KB for what is not in it, against upper-case copies of both and strstr.
 
-#include "bench/Ratio.h"
+#include "bench/Figures.h"
 
 #include "7xAutoUpdateTools.h"
 
-#include <algorithm>
-#include <cctype>
+#include <cstdlib>
 #include <cstring>
 #include <string>
 
 namespace
 {
+constexpr std::size_t kTextChars = 20000;
+
 char fold(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 32) : c; }
 
-/// Upper-case copies of both, then strstr.
+/// What a text search without regard to case often is: duplicate both, fold them, search.
 const char* searchInCopies(const char* text, const char* sub)
 {
-    std::string upperText(text);
-    std::string upperSub(sub);
-    std::transform(upperText.begin(), upperText.end(), upperText.begin(), fold);
-    std::transform(upperSub.begin(), upperSub.end(), upperSub.begin(), fold);
-    const char* const match = std::strstr(upperText.c_str(), upperSub.c_str());
-    return match != nullptr ? text + (match - upperText.c_str()) : nullptr;
+    char* const upperText = ::_strdup(text);
+    char* const upperSub = ::_strdup(sub);
+    for (char* c = upperText; *c != '\0'; ++c)
+        *c = fold(*c);
+    for (char* c = upperSub; *c != '\0'; ++c)
+        *c = fold(*c);
+    const char* const match = std::strstr(upperText, upperSub);
+    const std::ptrdiff_t at = match != nullptr ? match - upperText : -1;
+    std::free(upperText);
+    std::free(upperSub);
+    return at >= 0 ? text + at : nullptr;
 }
 
-/// std::search with a folding comparison.
-const char* searchWithPredicate(const char* text, const char* sub)
+/// Ordinary words, in which every letter is about as frequent as in any text.
+std::string ordinaryText()
 {
-    const char* const end = text + std::strlen(text);
-    const char* const match =
-        std::search(text, end, sub, sub + std::strlen(sub), [](char a, char b) { return fold(a) == fold(b); });
-    return match != end ? match : nullptr;
-}
-
-std::string sampleText(std::size_t size)
-{
-    const std::string words = "the Product List names each component with its version, language and location; ";
+    const char* const words[] = {
+        "update ",   "Component ", "of the ",   "product list ", "was ",       "Installed ",
+        "from ",     "server ",    "and then ", "removed ",      "at reboot ", "Version 3.3.302 ",
+        "language ", "EN, ",       "because ",  "a file ",       "is in use. "};
     std::string text;
-    while (text.size() < size)
-        text += words;
-    return text + "<TimeStamp>";
-}
-
-bool search(std::size_t size, int rounds)
-{
-    const std::string text = sampleText(size);
-    const auto time = [&](const char* (*find)(const char*, const char*))
-    {
-        return bench::seconds(
-            [&]
-            {
-                for (int i = 0; i < rounds; ++i)
-                    bench::keep(find(text.c_str(), "<timestamp>"));
-            });
-    };
-    const double ours = time(stristr);
-    char what[64];
-    std::snprintf(what, sizeof what, "stristr, %u characters", static_cast<unsigned>(size));
-    const bool copies = bench::ratio(what, ours, "upper-case copies and strstr", time(searchInCopies), 1.0);
-    const bool predicate = bench::ratio(what, ours, "std::search, folding", time(searchWithPredicate), 1.0);
-    return copies && predicate;
-}
-
-bool comparison()
-{
-    const String a("Software\\Velmora\\7xAutoUpdate\\Products");
-    const String b("SOFTWARE\\Velmora\\7xAutoUpdate\\products");
-    const double ours = bench::seconds(
-        [&]
-        {
-            for (int i = 0; i < 100000; ++i)
-                bench::keep(a == b);
-        });
-    const double theirs = bench::seconds(
-        [&]
-        {
-            for (int i = 0; i < 100000; ++i)
-                bench::keep(_stricmp(a, b));
-        });
-    return bench::ratio("operator==, 37 characters x 100,000", ours, "_stricmp", theirs, 1.5);
-}
-
-bool growth()
-{
-    const auto time = [](std::size_t size)
-    {
-        const std::string text = sampleText(size);
-        return bench::seconds([&] { bench::keep(stristr(text.c_str(), "<timestamp>")); });
-    };
-    return bench::ratio("stristr, 10,000,000 characters", time(10000000), "10 x 1,000,000 characters",
-                        10 * time(1000000), 1.5);
+    for (std::size_t i = 0; text.size() < kTextChars; ++i)
+        text += words[(i * 7 + i / 11) % (sizeof words / sizeof *words)];
+    text.resize(kTextChars);
+    return text;
 }
 } // namespace
 
 int main()
 {
-    bool kept = search(60, 100000);
-    kept = search(100000, 100) && kept;
-    kept = comparison() && kept;
-    kept = growth() && kept;
-    return kept ? 0 : 1;
+    const std::string text = ordinaryText();
+    const char* const missing = "Certificate";
+    const String held(text.c_str());
+    bench::require(searchInCopies(text.c_str(), missing) == nullptr && stristr(text.c_str(), missing) == nullptr &&
+                       held.Find(missing, 0) == -1,
+                   "missing the text");
+    constexpr int kRepeat = 2000;
+    const auto reference = [&] { bench::keep(searchInCopies(text.c_str(), missing)); };
+    bench::timesFaster("stristr, 20 KB miss; duplicating reference",
+                       bench::inTurns([&] { bench::keep(stristr(text.c_str(), missing)); }, reference, kRepeat), 8);
+    bench::timesFaster("String::Find, 20 KB miss; duplicating reference",
+                       bench::inTurns([&] { bench::keep(held.Find(missing, 0)); }, reference, kRepeat), 8);
+    return bench::status();
 }

@@ -86,10 +86,13 @@ void AutoUpdateObject::InitValues(long id, const char* name, const char* version
 void AutoUpdateObject::UpdateFullVersion()
 {
     // Nothing stands between version and build: the decisions about updates compare exactly this text.
-    if (m_language[0] != '\0')
-        aut::formatText(m_fullVersion, sizeof m_fullVersion, "%s%s_%s", m_version, m_build, m_language);
-    else
-        aut::formatText(m_fullVersion, sizeof m_fullVersion, "%s%s", m_version, m_build);
+    // Appended, not formatted: every component of a long product list comes by here.
+    aut::copyText(m_fullVersion, m_version);
+    aut::appendText(m_fullVersion, m_build);
+    if (m_language[0] == '\0')
+        return;
+    aut::appendText(m_fullVersion, "_");
+    aut::appendText(m_fullVersion, m_language);
 }
 
 long AutoUpdateObject::GetId() const { return m_id; }

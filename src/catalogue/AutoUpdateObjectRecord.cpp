@@ -12,6 +12,13 @@ constexpr std::size_t kMaxBuildChars = 63;
 constexpr std::size_t kMaxLanguageChars = 15;
 constexpr std::size_t kMaxNameChars = 127;
 constexpr std::size_t kMaxVersionChars = 63;
+
+/// Sets a field to the text of a word, which is changed.
+template <std::size_t N> void setText(char (&field)[N], char* word)
+{
+    aut::unescape(word);
+    aut::copyText(field, word);
+}
 } // namespace
 
 int AutoUpdateObject::Serialize(std::ifstream& stream)
@@ -20,28 +27,33 @@ int AutoUpdateObject::Serialize(std::ifstream& stream)
     {
         if (!stream.good())
             return 0;
+        aut::RecordReader record(stream);
         int action = 0;
         long id = 0;
         int enabled = m_enabled;
-        aut::readNumber(stream, action);
-        const std::string build = aut::readWord(stream, kMaxBuildChars);
-        aut::readNumber(stream, id);
-        const std::string language = aut::readWord(stream, kMaxLanguageChars);
-        const std::string name = aut::readWord(stream, kMaxNameChars);
-        const std::string version = aut::readWord(stream, kMaxVersionChars);
+        char build[kMaxBuildChars + 1];
+        char language[kMaxLanguageChars + 1];
+        char name[kMaxNameChars + 1];
+        char version[kMaxVersionChars + 1];
+        record.number(action);
+        record.word(build);
+        record.number(id);
+        record.word(language);
+        record.word(name);
+        record.word(version);
         if (!stream.good())
             return 0;
         // The end is not tested again: a record cut off before this number keeps the object's own.
-        if (!aut::readNumber(stream, enabled))
+        if (!record.number(enabled))
             return 0;
 
         m_action = action;
         m_id = id;
         m_enabled = enabled;
-        aut::copyText(m_build, aut::textOfWord(build).c_str());
-        aut::copyText(m_language, aut::textOfWord(language).c_str());
-        aut::copyText(m_name, aut::textOfWord(name).c_str());
-        aut::copyText(m_version, aut::textOfWord(version).c_str());
+        setText(m_build, build);
+        setText(m_language, language);
+        setText(m_name, name);
+        setText(m_version, version);
         UpdateFullVersion();
         return 1;
     }
@@ -56,13 +68,15 @@ int AutoUpdateObject::Serialize(std::ofstream& stream)
     try
     {
         // An empty text gives an empty line and so a record that does not read back: the format has no word for it.
-        stream << m_action << '\n';
-        aut::writeWord(stream, m_build);
-        stream << m_id << '\n';
-        aut::writeWord(stream, m_language);
-        aut::writeWord(stream, m_name);
-        aut::writeWord(stream, m_version);
-        stream << m_enabled << '\n';
+        aut::RecordWriter record(stream);
+        record.number(m_action);
+        record.text(m_build);
+        record.number(m_id);
+        record.text(m_language);
+        record.text(m_name);
+        record.text(m_version);
+        record.number(m_enabled);
+        record.flush();
         return stream.fail() ? 0 : 1;
     }
     catch (const std::exception&)

@@ -4,6 +4,7 @@
 #include "platform/BoundedText.h"
 #include "platform/Layout.h"
 
+#include <cstring>
 #include <exception>
 
 AUT_LAYOUT_BEGIN
@@ -92,14 +93,16 @@ int CComponent::Serialize(std::ifstream& stream)
         if (AutoUpdateObject::Serialize(stream) == 0)
             return 0;
         // Room for a location of nothing but blanks; what then is longer than the field is no location of ours.
-        const std::string location = aut::textOfOptionalWord(aut::readWord(stream, 3 * sizeof m_sourceLocation));
-        if (!stream.good() || location.size() >= sizeof m_sourceLocation)
+        aut::RecordReader record(stream);
+        char location[3 * sizeof m_sourceLocation + 1];
+        aut::unescapeOptional(location, record.word(location));
+        if (!stream.good() || std::strlen(location) >= sizeof m_sourceLocation)
             return 0;
-        aut::copyText(m_sourceLocation, location.c_str());
+        aut::copyText(m_sourceLocation, location);
 
         int shared = m_shared;
         // The end is not tested again: a record cut off here keeps the component's own flag.
-        if (!aut::readNumber(stream, shared))
+        if (!record.number(shared))
             return 0;
         m_shared = shared;
         return 1;
@@ -116,8 +119,10 @@ int CComponent::Serialize(std::ofstream& stream)
     {
         if (AutoUpdateObject::Serialize(stream) == 0)
             return 0;
-        aut::writeOptionalWord(stream, m_sourceLocation);
-        stream << m_shared << '\n';
+        aut::RecordWriter record(stream);
+        record.optionalText(m_sourceLocation);
+        record.number(m_shared);
+        record.flush();
         return 1;
     }
     catch (const std::exception&)

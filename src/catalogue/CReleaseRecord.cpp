@@ -5,6 +5,7 @@
 
 #include <exception>
 #include <memory>
+#include <string_view>
 
 namespace
 {
@@ -33,12 +34,15 @@ int CRelease::Serialize(std::ifstream& stream)
             Log(0x20000, "CRelease::Serialize(iStream) SUCCESS : old stream parsed");
             return 1;
         }
-        const std::string marketingName = aut::readWord(stream, kMaxWordChars);
-        const std::string technicalName = aut::readWord(stream, kMaxWordChars);
+        aut::RecordReader record(stream);
+        char marketingName[kMaxWordChars + 1];
+        char technicalName[kMaxWordChars + 1];
+        aut::unescapeOptional(marketingName, record.word(marketingName));
+        aut::unescapeOptional(technicalName, record.word(technicalName));
         if (aut::isBroken(stream))
             return 0;
-        m_marketingName = aut::textOfOptionalWord(marketingName).c_str();
-        m_technicalName = aut::textOfOptionalWord(technicalName).c_str();
+        m_marketingName = marketingName;
+        m_technicalName = technicalName;
         Log(0x20000, "CRelease::Serialize(iStream) SUCCESS : stream parsed");
         return 1;
     }
@@ -50,15 +54,18 @@ int CRelease::Serialize(std::ifstream& stream)
 
 bool CRelease::ReadOwnValues(std::ifstream& stream, int& count)
 {
-    aut::readNumber(stream, m_activationDate);
-    aut::readNumber(stream, count);
-    const std::string certificateId = aut::readWord(stream, kMaxWordChars);
+    aut::RecordReader record(stream);
+    record.number(m_activationDate);
+    record.number(count);
+    char certificateId[kMaxWordChars + 1];
+    const std::size_t length = record.word(certificateId);
     if (!stream.good())
         return false;
-    SetCertificateID(certificateId == "~" ? "" : certificateId.c_str()); // stored as it is, without escaping
+    // Stored as it is, without escaping.
+    SetCertificateID(std::string_view(certificateId, length) == "~" ? "" : certificateId);
     // No download stands before pre-install only, unlike their order in the object. The end is not tested again: a
     // record cut off here keeps the release's own, and fails on its first component if it has any.
-    return aut::readNumber(stream, m_noDownload) && aut::readNumber(stream, m_preInstallOnly);
+    return record.number(m_noDownload) && record.number(m_preInstallOnly);
 }
 
 bool CRelease::ReadComponents(std::ifstream& stream, int count)
@@ -85,18 +92,21 @@ int CRelease::Serialize(std::ofstream& stream)
         if (AutoUpdateObject::Serialize(stream) == 0)
             return 0;
         m_componentCount = m_components.GetCount();
-        stream << m_activationDate << '\n'
-               << m_componentCount << '\n'
-               << (m_certificateId[0] != '\0' ? m_certificateId : "~") << '\n'
-               << m_noDownload << '\n'
-               << m_preInstallOnly << '\n';
+        aut::RecordWriter record(stream);
+        record.number(m_activationDate);
+        record.number(m_componentCount);
+        record.word(m_certificateId[0] != '\0' ? m_certificateId : "~");
+        record.number(m_noDownload);
+        record.number(m_preInstallOnly);
+        record.flush();
         for (POSITION at = m_components.GetHeadPosition(); at != nullptr;)
         {
             if (m_components.GetNext(at)->Serialize(stream) == 0)
                 return 0;
         }
-        aut::writeOptionalWord(stream, m_marketingName);
-        aut::writeOptionalWord(stream, m_technicalName);
+        record.optionalText(static_cast<const char*>(m_marketingName));
+        record.optionalText(static_cast<const char*>(m_technicalName));
+        record.flush();
         return stream.fail() ? 0 : 1; // a record whose end is missing would read back as the older format
     }
     catch (const std::exception&)

@@ -18,12 +18,43 @@ using aut::TreePosition;
 
 namespace
 {
+/// What a copy finds at its target.
+enum class Room
+{
+    None,  ///< the target cannot be had
+    Taken, ///< there may be files of the same names
+    Fresh  ///< made or removed by this copy: there is nothing
+};
+
 /// Makes room for what is copied. What has been removed is not created again here: each file creates its folder.
-bool prepareTarget(RT_Dir& target, OVERWRITEFLAG overwrite)
+Room prepareTarget(RT_Dir& target, OVERWRITEFLAG overwrite)
 {
     if (!target.IsExisting())
-        return target.Create() != 0;
-    return overwrite != OVERWRITE_AT_REBOOT || target.Remove(OVERWRITE_AT_REBOOT, DIR_RECURSIVE) != 0;
+        return target.Create() != 0 ? Room::Fresh : Room::None;
+    if (overwrite != OVERWRITE_AT_REBOOT)
+        return Room::Taken;
+    return target.Remove(OVERWRITE_AT_REBOOT, DIR_RECURSIVE) != 0 ? Room::Fresh : Room::None;
+}
+
+/// Copies a file to where nothing is: the copy itself tells whether source and folder are there, and nothing has to be
+/// asked before. False when there is nothing new at the target, for whatever reason.
+bool copyIntoFresh(const std::string& source, const std::string& target)
+{
+    constexpr BOOL kNeverOver = TRUE;
+    if (::CopyFileA(source.c_str(), target.c_str(), kNeverOver))
+        return true;
+    const DWORD error = ::GetLastError();
+    if (error != ERROR_FILE_EXISTS && error != ERROR_ALREADY_EXISTS && error != ERROR_PATH_NOT_FOUND)
+        ::DeleteFileA(target.c_str()); // half a copy of ours, if anything
+    return false;
+}
+
+bool copyFile(const std::string& source, const char* name, const char* target, Room room)
+{
+    if (room == Room::Fresh && copyIntoFresh(source + '\\' + name, std::string(target) + '\\' + name))
+        return true;
+    // Also what could not be copied there for some reason: this finds it again, and reports it.
+    return RT_File(source.c_str(), name).CopyTo(target, WHEN_ALWAYS);
 }
 
 /// What came of copying a tree, better ones first.
@@ -35,7 +66,7 @@ enum class Outcome
 };
 
 /// Copies the files of the directory at hand and notes its subdirectories.
-Outcome copyContents(TreePosition& at, const char* target)
+Outcome copyContents(TreePosition& at, const char* target, Room room)
 {
     Outcome outcome = Outcome::Whole;
     DirectoryWalk walk(at.path().c_str());
@@ -45,7 +76,7 @@ Outcome copyContents(TreePosition& at, const char* target)
             outcome = Outcome::Incomplete;
         else if (walk.isDirectory())
             at.addSubdirectory(walk.name());
-        else if (!RT_File(at.path().c_str(), walk.name()).CopyTo(target, WHEN_ALWAYS))
+        else if (!copyFile(at.path(), walk.name(), target, room))
             outcome = std::max(outcome, Outcome::FileMissing);
     }
     return walk.isComplete() ? outcome : Outcome::Incomplete;
@@ -59,17 +90,19 @@ Outcome copySubdirectory(TreePosition& at, const char* source, const std::string
     if (kindOf(targetPath.c_str()) == PathKind::Link && placementOf(source, targetPath.c_str()) != Placement::Apart)
         return Outcome::Incomplete;
     RT_Dir target(targetPath.c_str());
-    return prepareTarget(target, overwrite) ? copyContents(at, targetPath.c_str()) : Outcome::Incomplete;
+    const Room room = prepareTarget(target, overwrite);
+    return room != Room::None ? copyContents(at, targetPath.c_str(), room) : Outcome::Incomplete;
 }
 
 /// Of an existing directory.
 Outcome copyTree(const char* source, RT_Dir& target, OVERWRITEFLAG overwrite)
 {
-    if (!prepareTarget(target, overwrite))
+    const Room room = prepareTarget(target, overwrite);
+    if (room == Room::None)
         return Outcome::Incomplete;
     const std::string targetRoot(target.GetFullPath());
     TreePosition at(source);
-    Outcome outcome = copyContents(at, targetRoot.c_str());
+    Outcome outcome = copyContents(at, targetRoot.c_str(), room);
     while (at.advance())
         outcome = std::max(outcome, copySubdirectory(at, source, targetRoot + at.pathBelowRoot(), overwrite));
     return outcome;

@@ -12,6 +12,19 @@ const char* const kTypeNames[] = {"Info",         "Warning",      "Error",      
                                   "Phase2_Start", "Phase3_Start", "Phase1_End",   "Phase2_End",
                                   "Phase3_End",   "Send_Reports", "Reports_Sent", "Main_Window_Creation"};
 
+constexpr std::size_t kTagsSize = 160; ///< all tags of an event, the date and the longest type name take less
+
+void appendTwoDigits(std::string& text, unsigned int number)
+{
+    if (number > 99)
+    {
+        text += std::to_string(number);
+        return;
+    }
+    text += static_cast<char>('0' + number / 10);
+    text += static_cast<char>('0' + number % 10);
+}
+
 /// The entity for a character, null when it stands for itself.
 const char* entityFor(char c)
 {
@@ -55,12 +68,27 @@ void escapeXml(char* out, std::size_t size, const char* text) noexcept
 
 std::string logEventLine(const SYSTEMTIME& local, unsigned int type, const char* escaped)
 {
-    char line[kLogEscapedSize + 160]; // all tags, the date and the longest type name take less than 160
-    // The full stop between minutes and seconds is what the log's readers expect.
-    formatText(line, sizeof line,
-               "<LogEvent><Date>%02d/%02d/%02d %02d:%02d.%02d</Date><Type>%s</Type><Event>%s</Event></LogEvent>\n",
-               local.wYear % 100, local.wMonth, local.wDay, local.wHour, local.wMinute, local.wSecond,
-               logTypeName(type), escaped);
+    // Appended, not formatted: most of an event's own time went into formatting.
+    const std::size_t length = std::strlen(escaped);
+    std::string line;
+    line.reserve(length + kTagsSize);
+    line += "<LogEvent><Date>";
+    appendTwoDigits(line, local.wYear % 100);
+    line += '/';
+    appendTwoDigits(line, local.wMonth);
+    line += '/';
+    appendTwoDigits(line, local.wDay);
+    line += ' ';
+    appendTwoDigits(line, local.wHour);
+    line += ':';
+    appendTwoDigits(line, local.wMinute);
+    line += '.'; // which is what the log's readers expect
+    appendTwoDigits(line, local.wSecond);
+    line += "</Date><Type>";
+    line += logTypeName(type);
+    line += "</Type><Event>";
+    line.append(escaped, length);
+    line += "</Event></LogEvent>\n";
     return line;
 }
 
@@ -68,12 +96,13 @@ std::string withStoredLineEnds(const std::string& text)
 {
     std::string stored;
     stored.reserve(text.size() + 16);
-    for (const char c : text)
+    std::size_t begin = 0;
+    for (std::size_t end = text.find('\n'); end != std::string::npos; end = text.find('\n', begin))
     {
-        if (c == '\n')
-            stored += '\r';
-        stored += c;
+        stored.append(text, begin, end - begin);
+        stored += "\r\n";
+        begin = end + 1;
     }
-    return stored;
+    return stored.append(text, begin, std::string::npos);
 }
 } // namespace aut

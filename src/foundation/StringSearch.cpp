@@ -1,6 +1,9 @@
 #include "foundation/String.h"
 
+#include "platform/Vectors.h"
+
 #include <climits>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 
@@ -24,6 +27,67 @@ bool beginsWith(const char* text, const char* sub)
     return *sub == '\0';
 }
 
+#if AUTOOLS_SSE2 && !AUTOOLS_CHECKED_READS
+constexpr bool isLetter(char c) { return upper(c) >= 'A' && upper(c) <= 'Z'; }
+
+/// A character in both cases, to compare sixteen with.
+class FoldedChar
+{
+public:
+    explicit FoldedChar(char c) : m_caseBit(_mm_set1_epi8(isLetter(c) ? 0x20 : 0)), m_lower(_mm_set1_epi8(lower(c))) {}
+
+    /// One bit for each of the sixteen that is this character.
+    unsigned int in(__m128i block) const
+    {
+        return static_cast<unsigned int>(_mm_movemask_epi8(_mm_cmpeq_epi8(_mm_or_si128(block, m_caseBit), m_lower)));
+    }
+
+private:
+    __m128i m_caseBit;
+    __m128i m_lower;
+};
+
+/// Looks at sixteen characters at a time for the first two of `sub` (or its only one), and closer only where they
+/// stand. The blocks are aligned: one that holds the terminator may reach behind the text, but never into another page,
+/// where what can be read might end. Not in builds that check every access.
+const char* find(const char* text, const char* sub)
+{
+    constexpr std::size_t kBlock = sizeof(__m128i);
+    const FoldedChar first(sub[0]);
+    const FoldedChar second(sub[1]);
+    const bool isOne = sub[1] == '\0';
+    const std::size_t before = reinterpret_cast<std::uintptr_t>(text) % kBlock;
+    unsigned int inText = 0xFFFFU << before & 0xFFFFU; // without what the first block holds before the text
+    unsigned int carried = 0;                          // whether the block before ended in the first character
+    for (const char* block = text - before;; block += kBlock, inText = 0xFFFF)
+    {
+        const __m128i characters = _mm_load_si128(reinterpret_cast<const __m128i*>(block));
+        const __m128i terminators = _mm_cmpeq_epi8(characters, _mm_setzero_si128());
+        const unsigned int ends = static_cast<unsigned int>(_mm_movemask_epi8(terminators)) & inText;
+        if (ends != 0)
+            inText &= (ends & (0U - ends)) - 1; // what stands before the first terminator
+        const unsigned int firsts = first.in(characters)&inText;
+        // The bit of the second character, wherever the first one stands before it.
+        unsigned int found = isOne ? firsts : (firsts << 1 | carried) & second.in(characters)&inText;
+        for (const char* at = isOne ? block : block - 1; found != 0; ++at, found >>= 1)
+            if ((found & 1U) != 0 && (isOne || beginsWith(at + 2, sub + 2)))
+                return at;
+        if (ends != 0)
+            return nullptr;
+        carried = firsts >> (kBlock - 1);
+    }
+}
+#else
+const char* find(const char* text, const char* sub)
+{
+    const char first[2] = {lower(*sub), upper(*sub)};
+    for (; *text != '\0'; ++text)
+        if ((*text == first[0] || *text == first[1]) && beginsWith(text + 1, sub + 1))
+            return text;
+    return nullptr;
+}
+#endif
+
 /// Overlapping occurrences count: the scan goes on one character behind the start of each match.
 int countOccurrences(const char* text, const char* from)
 {
@@ -40,11 +104,7 @@ const char* stristr(const char* s, const char* sub)
         return nullptr;
     if (*sub == '\0')
         return s;
-    const char first[2] = {lower(*sub), upper(*sub)};
-    for (; *s != '\0'; ++s)
-        if ((*s == first[0] || *s == first[1]) && beginsWith(s + 1, sub + 1))
-            return s;
-    return nullptr;
+    return find(s, sub);
 }
 
 int String::Replace(char from, char to)

@@ -135,14 +135,24 @@ bool CRegBase::QueryValue(const char* name, char* buffer)
 
 bool CRegBase::QueryValue(const char* name, String& text)
 {
-    DWORD size = 0;
-    if (m_key == nullptr || ::RegQueryValueExA(m_key, name, nullptr, nullptr, nullptr, &size) != ERROR_SUCCESS)
+    // Nearly all texts fit a buffer: those take one query.
+    char fitting[kBufferSize + 1];
+    DWORD size = kBufferSize;
+    const LSTATUS status =
+        m_key == nullptr ? ERROR_INVALID_HANDLE
+                         : ::RegQueryValueExA(m_key, name, nullptr, nullptr, reinterpret_cast<BYTE*>(fitting), &size);
+    if (status == ERROR_SUCCESS)
+    {
+        fitting[size] = '\0';
+        if (size > 0)
+            text = fitting;
+        return true;
+    }
+    if (status != ERROR_MORE_DATA)
     {
         text.Empty();
         return false;
     }
-    if (size == 0)
-        return true;
 
     // One byte more than the data: a text may be stored without its terminator.
     DWORD capacity = size + 1;

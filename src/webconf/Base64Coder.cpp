@@ -2,6 +2,7 @@
 
 #include "platform/BoundedText.h"
 #include "platform/Layout.h"
+#include "webconf/Base64Groups.h"
 
 #include <algorithm>
 #include <array>
@@ -9,6 +10,7 @@
 #include <limits>
 #include <memory>
 #include <new>
+#include <typeinfo>
 
 AUT_LAYOUT_BEGIN
 template <> struct aut::LayoutOf<Base64Coder>
@@ -55,19 +57,30 @@ constexpr unsigned long kGrowth = 4096;
 /// So that doubled and rounded sizes stay in range.
 constexpr unsigned long kMaxLength = std::numeric_limits<unsigned long>::max() / 4;
 
-void grow(unsigned char*& buffer, unsigned long& capacity, unsigned long& length, unsigned long size)
+/// Makes room; what is in the buffer then is anything.
+void reserve(unsigned char*& buffer, unsigned long& capacity, unsigned long& length, unsigned long size)
 {
     length = 0;
-    if (capacity < size)
-    {
-        delete[] buffer;
-        capacity = size <= 2 * kMaxLength ? (size / kGrowth + 1) * kGrowth : 0;
-        buffer = capacity > 0 ? new (std::nothrow) unsigned char[capacity] : nullptr;
-        if (buffer == nullptr)
-            capacity = 0;
-    }
+    if (capacity >= size)
+        return;
+    delete[] buffer;
+    capacity = size <= 2 * kMaxLength ? (size / kGrowth + 1) * kGrowth : 0;
+    buffer = capacity > 0 ? new (std::nothrow) unsigned char[capacity] : nullptr;
+    if (buffer == nullptr)
+        capacity = 0;
+}
+
+/// Zeroes what stands behind the data.
+void zeroBehind(unsigned char* buffer, unsigned long capacity, unsigned long length)
+{
     if (buffer != nullptr)
-        std::memset(buffer, 0, capacity);
+        std::memset(buffer + length, 0, capacity - length);
+}
+
+void grow(unsigned char*& buffer, unsigned long& capacity, unsigned long& length, unsigned long size)
+{
+    reserve(buffer, capacity, length, size);
+    zeroBehind(buffer, capacity, 0);
 }
 
 unsigned char* copyOf(const unsigned char* buffer, unsigned long capacity)
@@ -100,6 +113,29 @@ private:
     const unsigned char* m_data;
     unsigned long m_length;
 };
+
+/// Whether the operations are the class's own. Those of a derived class are called as often and in the same order as
+/// ever; without one, nobody sees that many groups are taken at once.
+bool isNotDerived(const Base64Coder& coder) { return typeid(coder) == typeid(Base64Coder); }
+
+bool isBlank(unsigned char c) { return (c >= 7 && c <= 13) || c == ' '; }
+
+/// Copies all characters but white space; returns how many.
+unsigned long copyWithoutBlanks(const unsigned char* in, unsigned long length, unsigned char* out)
+{
+    constexpr unsigned long kStep = 16; // looked at one by one after a block with white space
+    unsigned long copied = 0;
+    for (unsigned long at = 0; at < length;)
+    {
+        const auto block = static_cast<unsigned long>(aut::copyUpToBlank(in + at, length - at, out + copied));
+        copied += block;
+        at += block;
+        for (const unsigned long end = at + std::min(length - at, kStep); at < end; ++at)
+            if (!isBlank(in[at]))
+                out[copied++] = in[at];
+    }
+    return copied;
+}
 
 const unsigned char* bytesOf(const char* text) { return reinterpret_cast<const unsigned char*>(aut::orEmpty(text)); }
 
@@ -155,10 +191,20 @@ void Base64Coder::Encode(const char* text) { Encode(bytesOf(text), lengthOf(text
 void Base64Coder::Encode(const unsigned char* data, unsigned long length)
 {
     SetDecodeBuffer(data, length);
-    AllocEncode(m_decodedLength * 2);
+    unsigned long at = 0;
+    if (isNotDerived(*this))
+    {
+        reserve(m_encoded, m_encodedCapacity, m_encodedLength, m_decodedLength * 2);
+        if (m_encoded != nullptr)
+            at = static_cast<unsigned long>(aut::encodeGroups(m_decoded, m_decodedLength, m_encoded));
+        m_encodedLength = at / 3 * 4;
+        zeroBehind(m_encoded, m_encodedCapacity, m_encodedLength);
+    }
+    else
+        AllocEncode(m_decodedLength * 2);
     if (m_encoded == nullptr)
         return;
-    for (unsigned long at = 0; at < m_decodedLength; at += 3)
+    for (; at < m_decodedLength; at += 3)
     {
         TempBucket group;
         group.Clear();
@@ -174,18 +220,35 @@ void Base64Coder::Decode(const char* text) { Decode(bytesOf(text), lengthOf(text
 void Base64Coder::Decode(const unsigned char* data, unsigned long length)
 {
     SetEncodeBuffer(data, length);
-    AllocDecode(m_encodedLength);
+    const bool notDerived = isNotDerived(*this);
+    if (notDerived)
+        reserve(m_decoded, m_decodedCapacity, m_decodedLength, m_encodedLength);
+    else
+        AllocDecode(m_encodedLength);
     if (m_decoded == nullptr)
         return;
-    for (unsigned long at = 0; at < m_encodedLength; at += 4)
+    for (unsigned long at = 0; at < m_encodedLength;)
     {
-        TempBucket group;
-        group.Clear();
-        group.nSize = static_cast<unsigned char>(std::min(m_encodedLength - at, 4UL));
-        for (unsigned char i = 0; i < group.nSize; ++i)
-            group.nData[i] = kDecodeTable[m_encoded[at + i]];
-        m_decodedLength += _DecodeToBuffer(group, m_decoded + m_decodedLength);
+        if (notDerived)
+        {
+            const auto whole = static_cast<unsigned long>(
+                aut::decodeGroups(m_encoded + at, m_encodedLength - at, m_decoded + m_decodedLength));
+            at += whole;
+            m_decodedLength += whole / 4 * 3;
+        }
+        // Up to four groups one by one: in one of them stands something else, or they are the last ones.
+        for (int i = 0; i < 4 && at < m_encodedLength; ++i, at += 4)
+        {
+            TempBucket group;
+            group.Clear();
+            group.nSize = static_cast<unsigned char>(std::min(m_encodedLength - at, 4UL));
+            for (unsigned char c = 0; c < group.nSize; ++c)
+                group.nData[c] = kDecodeTable[m_encoded[at + c]];
+            m_decodedLength += _DecodeToBuffer(group, m_decoded + m_decodedLength);
+        }
     }
+    if (notDerived)
+        zeroBehind(m_decoded, m_decodedCapacity, m_decodedLength);
 }
 
 const char* Base64Coder::DecodedMessage() const { return messageOf(m_decoded); }
@@ -201,6 +264,14 @@ void Base64Coder::AllocDecode(unsigned long size) { grow(m_decoded, m_decodedCap
 void Base64Coder::SetEncodeBuffer(const unsigned char* data, unsigned long length)
 {
     const Input input(data, length, m_encoded, m_encodedCapacity);
+    if (isNotDerived(*this))
+    {
+        reserve(m_encoded, m_encodedCapacity, m_encodedLength, input.length() + 1);
+        if (m_encoded != nullptr)
+            m_encodedLength = copyWithoutBlanks(input.data(), input.length(), m_encoded);
+        zeroBehind(m_encoded, m_encodedCapacity, m_encodedLength);
+        return;
+    }
     AllocEncode(input.length() + 1);
     if (m_encoded == nullptr)
         return;
@@ -212,11 +283,18 @@ void Base64Coder::SetEncodeBuffer(const unsigned char* data, unsigned long lengt
 void Base64Coder::SetDecodeBuffer(const unsigned char* data, unsigned long length)
 {
     const Input input(data, length, m_decoded, m_decodedCapacity);
-    AllocDecode(input.length() + 1);
-    if (m_decoded == nullptr || input.length() == 0)
+    const bool notDerived = isNotDerived(*this);
+    if (notDerived)
+        reserve(m_decoded, m_decodedCapacity, m_decodedLength, input.length() + 1);
+    else
+        AllocDecode(input.length() + 1);
+    if (m_decoded == nullptr)
         return;
-    std::memcpy(m_decoded, input.data(), input.length());
+    if (input.length() > 0)
+        std::memcpy(m_decoded, input.data(), input.length());
     m_decodedLength = input.length();
+    if (notDerived)
+        zeroBehind(m_decoded, m_decodedCapacity, m_decodedLength);
 }
 
 void Base64Coder::_EncodeToBuffer(const TempBucket& bucket, unsigned char* out)

@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
+#include <locale>
 #include <memory>
 #include <streambuf>
 
@@ -425,3 +427,156 @@ TEST_F(CReleaseRecord, ARecordThatDoesNotFitOnTheDiskFails)
     }
 }
 } // namespace
+
+namespace
+{
+/// What reading left in a release and its stream.
+struct Reading
+{
+    int answer;
+    std::ios::iostate state;
+    std::streamoff position;
+    std::string fields;
+};
+
+std::string fieldsOf(ReleaseProbe& release)
+{
+    std::string all = release.GetName() + std::string("|") + release.GetFullVersion() + "|" +
+                      release.GetCertificateID() + "|" + release.GetMarketingName() + "|" + release.GetTechnicalName();
+    for (const std::int64_t number : {std::int64_t{release.GetId()}, std::int64_t{release.GetAction()},
+                                      std::int64_t{release.IsEnabled()}, std::int64_t{release.GetActivationDate()},
+                                      std::int64_t{release.IsNoDownload()}, std::int64_t{release.IsPreInstallOnly()}})
+        all += "|" + std::to_string(number);
+    for (const CComponent* const component : componentsOf(release))
+        all += std::string("\n") + component->GetName() + "|" + component->GetFullVersion() + "|" +
+               component->GetSourceLocation() + "|" + std::to_string(component->GetId()) + "|" +
+               std::to_string(component->IsShared()) + "|" + std::to_string(component->IsEnabled());
+    return all;
+}
+
+/// A locale that behaves like the classic one but is not: the stream's own operators do the work.
+std::locale likeTheClassicOne() { return std::locale(std::locale::classic(), new std::numpunct<char>); }
+
+Reading readThrough(const std::string& path, const std::locale& locale)
+{
+    ReleaseProbe release(1, "old marketing", "old technical", "n", "v", "b", "l", 0, 9, 0);
+    std::ifstream stream(path, std::ios::binary);
+    stream.imbue(locale);
+    const int answer = release.Serialize(stream);
+    const std::ios::iostate state = stream.rdstate();
+    stream.clear();
+    return {answer, state, stream.tellg(), fieldsOf(release)};
+}
+} // namespace
+
+// Records are read and written past the stream's own operators, which must make no difference to anybody.
+TEST_F(CReleaseRecord, IsReadAsTheStreamsOwnOperatorsReadIt)
+{
+    const auttest::TestFolder folder;
+    const std::string path = folder / "record.lst";
+    const auto expectAlike = [&](const std::string& bytes)
+    {
+        folder.writeFile("record.lst", bytes);
+        const Reading plain = readThrough(path, std::locale::classic());
+        const Reading other = readThrough(path, likeTheClassicOne());
+        EXPECT_EQ(other.answer, plain.answer) << bytes;
+        EXPECT_EQ(other.state, plain.state) << bytes;
+        EXPECT_EQ(other.fields, plain.fields) << bytes;
+        if (other.state == std::ios::goodbit || other.state == std::ios::eofbit)
+        {
+            EXPECT_EQ(other.position, plain.position) << bytes;
+        }
+    };
+    for (std::size_t length = 0; length <= lines(kWords).size(); ++length)
+        expectAlike(lines(kWords).substr(0, length));
+    expectAlike(lines(kWords) + lines(kOldWords));
+    const std::string hostile[] = {"0",
+                                   "-1",
+                                   "+7",
+                                   "-",
+                                   "+",
+                                   "--1",
+                                   "007",
+                                   "0x1F",
+                                   "1e3",
+                                   "1.5",
+                                   "12abc",
+                                   "abc",
+                                   "1,000",
+                                   "2147483647",
+                                   "2147483648",
+                                   "-2147483648",
+                                   "-2147483649",
+                                   "9223372036854775807",
+                                   "9223372036854775808",
+                                   "-9223372036854775808",
+                                   "-9223372036854775809",
+                                   std::string(400, '9'),
+                                   "~",
+                                   "~~",
+                                   "%20",
+                                   "%2",
+                                   "a%20%20b",
+                                   "\xA0\xE4",
+                                   "~\0x",
+                                   std::string("~\0x", 3),
+                                   std::string("a\0b", 3),
+                                   std::string(63, 'w'),
+                                   std::string(64, 'w'),
+                                   std::string(127, 'w'),
+                                   std::string(128, 'w'),
+                                   std::string(259, 'w'),
+                                   std::string(260, 'w'),
+                                   std::string(780, 'w'),
+                                   ""};
+    // One of each kind: numbers of every type, short and long words, those that may be left out.
+    for (const std::size_t at : {0U, 1U, 2U, 4U, 7U, 8U, 9U, 19U, 20U})
+        for (const std::string& word : hostile)
+        {
+            std::vector<std::string> words = kWords;
+            words[at] = word;
+            expectAlike(lines(words));
+        }
+    for (const std::string& word : hostile) // at the very end
+        expectAlike(lines(kOldWords).substr(0, lines(kOldWords).size() - 2) + word);
+    expectAlike("\t\v\f\r\n " + lines(kWords) + " \r\n");
+}
+
+TEST_F(CReleaseRecord, IsWrittenAsTheStreamsOwnOperatorsWriteIt)
+{
+    const auttest::TestFolder folder;
+    const auto written = [&](ReleaseProbe& release, const std::locale& locale)
+    {
+        std::ofstream stream(folder / "record.lst", std::ios::binary);
+        stream.imbue(locale);
+        EXPECT_EQ(1, release.Serialize(stream));
+        stream.close();
+        return folder.readFile("record.lst");
+    };
+    ReleaseProbe release;
+    fill(release);
+    for (const char* const location : {"", " ", "a b  c ", "no-blank"})
+        release.GetComponentList().AddTail(
+            new CComponent(-5, " x ", "", "  ", "EN", 2, (std::string(location) + std::string(130, ' ')).c_str()));
+    const std::string marketing = "a very long name " + std::string(3000, ' ') + "end";
+    release.InitValues(-2147483647 - 1, marketing.c_str(), std::string(2000, 't').c_str(), "my product", "3.3", "B1",
+                       "EN", 2, -9223372036854775807 - 1, 1, 1, 2, true, true, true);
+    EXPECT_EQ(written(release, likeTheClassicOne()), written(release, std::locale::classic()));
+}
+
+TEST_F(CReleaseRecord, AStreamToldOtherwiseIsWrittenAndReadAsItWasTold)
+{
+    const auttest::TestFolder folder;
+    CComponent component(255, "n", "v", "b", "l", 1, "s");
+    {
+        std::ofstream stream(folder / "record.lst", std::ios::binary);
+        stream << std::hex << std::showbase;
+        ASSERT_EQ(1, component.Serialize(stream));
+    }
+    EXPECT_EQ(lines({"0x1", "b", "0xff", "l", "n", "v", "0x1", "s", "0"}), folder.readFile("record.lst"));
+    std::ifstream stream(folder / "record.lst", std::ios::binary);
+    stream >> std::hex;
+    CComponent copy;
+    ASSERT_EQ(1, copy.Serialize(stream));
+    EXPECT_EQ(255, copy.GetId());
+}

@@ -6,6 +6,9 @@
 #include <cstring>
 #include <malloc.h>
 #include <string>
+#ifdef _WIN32
+#include <windows.h>
+#endif
 
 namespace
 {
@@ -271,6 +274,75 @@ TEST(Stristr, FoldsTheLettersAToZOnly)
     EXPECT_EQ(nullptr, stristr("a", nullptr));
     EXPECT_EQ(nullptr, stristr("", "a"));
     EXPECT_EQ(s, stristr(s, ""));
+}
+
+#ifdef _WIN32 // whose pages can be protected; the native sanitizers check every access anyway
+namespace
+{
+/// Two pages of which the second cannot be touched; texts end right before it.
+class PageEnd
+{
+public:
+    PageEnd()
+        : m_pages(static_cast<char*>(::VirtualAlloc(nullptr, 2 * kPage, MEM_COMMIT | MEM_RESERVE, PAGE_READWRITE)))
+    {
+        DWORD before = 0;
+        EXPECT_TRUE(::VirtualProtect(m_pages + kPage, kPage, PAGE_NOACCESS, &before));
+    }
+    PageEnd(const PageEnd&) = delete;
+    PageEnd& operator=(const PageEnd&) = delete;
+    ~PageEnd() { ::VirtualFree(m_pages, 0, MEM_RELEASE); }
+
+    const char* put(const std::string& text) const
+    {
+        char* const at = m_pages + kPage - text.size() - 1;
+        std::memcpy(at, text.c_str(), text.size() + 1);
+        return at;
+    }
+
+private:
+    static constexpr std::size_t kPage = 4096;
+    char* m_pages;
+};
+
+const char* searchedOneByOne(const char* text, const std::string& sub)
+{
+    for (; *text != '\0'; ++text)
+        if (::_strnicmp(text, sub.c_str(), sub.size()) == 0)
+            return text;
+    return nullptr;
+}
+} // namespace
+
+TEST(Stristr, FindsAtEveryPlaceAndReadsNothingBehindTheTextsPage)
+{
+    const PageEnd end;
+    for (const std::string sub : {"n", "N", "nE", "-", "-n", "needle", "NEEDLE-in-a-haystack-of-letters", "nn"})
+        for (std::size_t length = 0; length < 70; ++length)
+            for (std::size_t place = 0; place <= length; ++place)
+            {
+                // Beginnings of what is sought all over the text.
+                std::string text;
+                while (text.size() < length)
+                    text += length % 2 == 0 ? "nN" : "x-";
+                text.resize(length);
+                if (place + sub.size() <= length)
+                    text.replace(place, sub.size(), sub);
+                const char* const at = end.put(text);
+                ASSERT_EQ(searchedOneByOne(at, sub), stristr(at, sub.c_str())) << sub << " in " << text;
+            }
+}
+#endif
+
+TEST(Stristr, SeesNothingBeforeTheTextAndNothingBehindItsEnd)
+{
+    for (std::size_t shift = 0; shift < 16; ++shift)
+    {
+        const std::string text = std::string(shift, 'x') + std::string("needle\0needle", 13);
+        EXPECT_EQ(nullptr, stristr(text.c_str() + shift + 1, "needle")) << shift;
+        EXPECT_EQ(nullptr, stristr(text.c_str() + shift + 1, "n")) << shift;
+        EXPECT_EQ(text.c_str() + shift, stristr(text.c_str() + shift, "NEEDLE")) << shift;
+    }
 }
 
 TEST(String, ReplacesCharactersAndCountsThem)

@@ -1,6 +1,8 @@
 #include "platform/UniqueResource.h"
 #include "registry/CRegBase.h"
+#include "registry/CRegConfig.h"
 #include "tests/registry/RegistryTests.h"
+#include "tests/support/ImportPatch.h"
 
 #include <algorithm>
 #include <cstring>
@@ -46,6 +48,50 @@ void storeWide(DWORD type, const std::string& bytes)
                                               static_cast<DWORD>(bytes.size())));
 }
 } // namespace
+
+namespace
+{
+int queries = 0;
+
+LSTATUS WINAPI countedQuery(HKEY key, const char* name, DWORD* reserved, DWORD* type, BYTE* data, DWORD* size)
+{
+    ++queries;
+    return ::RegQueryValueExA(key, name, reserved, type, data, size);
+}
+
+template <typename Work> int queriesOf(Work&& work)
+{
+    const auttest::ImportPatch count("RegQueryValueExA", countedQuery);
+    queries = 0;
+    work();
+    return queries;
+}
+} // namespace
+
+TEST_F(CRegBaseReading, ATextOfUpTo259CharactersTakesOneQuery)
+{
+    for (const std::size_t length : {0U, 1U, 258U, 259U})
+    {
+        const std::string text(length, 't');
+        store(REG_SZ, text + '\0');
+        EXPECT_EQ(1, queriesOf([&] { readBuffer(); })) << length;
+        EXPECT_EQ(text, m_buffer);
+        EXPECT_EQ(1, queriesOf([&] { readString(); })) << length;
+        EXPECT_STREQ(text.c_str(), m_text);
+    }
+    store(REG_SZ, std::string(260, 't') + '\0');
+    EXPECT_EQ(2, queriesOf([&] { readString(); })); // its size, then all of it
+    EXPECT_EQ(260, m_text.GetLength());
+}
+
+TEST_F(CRegBaseReading, ATextGetterOnAnOpenKeyTakesOneQuery)
+{
+    CRegConfig config(false);
+    const std::string longest(259, 'c');
+    config.SetTestCID(longest.c_str());
+    EXPECT_EQ(1, queriesOf([&] { EXPECT_EQ(longest, config.GetTestCID()); }));
+    EXPECT_EQ(1, queriesOf([&] { EXPECT_STREQ("", config.GetTestHWID()); })); // missing
+}
 
 TEST_F(CRegBaseReading, ANumberIsTheFourBytesOfAnyType)
 {

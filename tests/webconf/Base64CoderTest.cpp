@@ -372,6 +372,109 @@ TEST(Base64Coder, OperationsCanBeReplaced)
     EXPECT_STREQ("foo", base.DecodedMessage());
 }
 
+namespace
+{
+/// Everything that a coder holds, as a derived class sees it.
+std::vector<std::string> stateOf(const Base64Coder& coder)
+{
+    Coder copy;
+    static_cast<Base64Coder&>(copy) = coder;
+    const auto whole = [](const unsigned char* buffer, unsigned long capacity)
+    { return std::string(reinterpret_cast<const char*>(buffer), capacity); };
+    return {copy.decoded(), copy.encoded(), whole(copy.m_decoded, copy.m_decodedCapacity),
+            whole(copy.m_encoded, copy.m_encodedCapacity)};
+}
+
+/// Pseudo-random, the same in every run.
+class Numbers
+{
+public:
+    unsigned int below(unsigned int limit)
+    {
+        m_state = m_state * 1664525U + 1013904223U;
+        return (m_state >> 8) % limit;
+    }
+
+private:
+    unsigned int m_state = 1;
+};
+
+/// Mostly of the alphabet, here and there something else.
+std::string hostileText(Numbers& numbers, std::size_t length, unsigned int oneIn)
+{
+    const std::string alphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+    std::string text;
+    for (std::size_t i = 0; i < length; ++i)
+    {
+        const bool isOther = oneIn != 0 && numbers.below(oneIn) == 0;
+        const auto other = static_cast<char>(numbers.below(4) == 0 ? '=' : numbers.below(256));
+        text += isOther ? other : alphabet[numbers.below(64)];
+    }
+    return text;
+}
+} // namespace
+
+// A derived class is led through its operations, one group after the other; without one many groups are taken at once.
+TEST(Base64Coder, ManyGroupsAtOnceAreWhatTheyAreOneByOne)
+{
+    Numbers numbers;
+    Base64Coder atOnce;
+    Coder oneByOne;
+    for (int round = 0; round < 3000; ++round)
+    {
+        const std::string bytes = allBytes(numbers.below(5) == 0 ? numbers.below(9000) : numbers.below(100));
+        const auto length = static_cast<unsigned long>(bytes.size());
+        atOnce.Encode(reinterpret_cast<const unsigned char*>(bytes.data()), length);
+        oneByOne.Encode(reinterpret_cast<const unsigned char*>(bytes.data()), length);
+        ASSERT_EQ(stateOf(oneByOne), stateOf(atOnce)) << "encoding " << bytes.size();
+
+        const std::string text = hostileText(numbers, bytes.size(), round % 4 == 0 ? 0 : 3U << (round % 8));
+        atOnce.Decode(reinterpret_cast<const unsigned char*>(text.data()), length);
+        oneByOne.Decode(reinterpret_cast<const unsigned char*>(text.data()), length);
+        ASSERT_EQ(stateOf(oneByOne), stateOf(atOnce)) << "decoding " << text;
+    }
+}
+
+TEST(Base64Coder, EveryCharacterAtEveryPlaceDecodesAsItDoesOneByOne)
+{
+    for (std::size_t place = 0; place < 40; ++place)
+        for (int c = 0; c < 256; ++c)
+        {
+            std::string text(48, 'x');
+            text[place] = static_cast<char>(c);
+            Base64Coder atOnce;
+            Coder oneByOne;
+            atOnce.Decode(reinterpret_cast<const unsigned char*>(text.data()), 48);
+            oneByOne.Decode(reinterpret_cast<const unsigned char*>(text.data()), 48);
+            ASSERT_EQ(stateOf(oneByOne), stateOf(atOnce)) << c << " at " << place;
+        }
+}
+
+TEST(Base64Coder, ADerivedClassSeesEveryGroup)
+{
+    struct Counting : Base64Coder
+    {
+        void _EncodeRaw(TempBucket& out, const TempBucket& in) override
+        {
+            ++encoded;
+            Base64Coder::_EncodeRaw(out, in);
+        }
+        void _DecodeRaw(TempBucket& out, const TempBucket& in) override
+        {
+            ++decoded;
+            Base64Coder::_DecodeRaw(out, in);
+        }
+        int encoded = 0;
+        int decoded = 0;
+    };
+    Counting coder;
+    Base64Coder& base = coder;
+    base.Encode(std::string(3000, 'x').c_str());
+    EXPECT_EQ(1000, coder.encoded);
+    base.Decode(std::string(4000, 'x').c_str());
+    EXPECT_EQ(1000, coder.decoded);
+}
+
 #ifdef __GNUC__ // where a pointer to a virtual member function is its slot's offset plus 1
 namespace
 {
