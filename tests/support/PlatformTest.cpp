@@ -77,6 +77,8 @@ TEST(Prefix, AReadOnlyFileCannotBeOpenedForWriting)
 
 TEST(Prefix, AnOverrunOfOneByteDamagesTheHeapVisibly)
 {
+    if (::GetModuleHandleA("autools_guard.dll") != nullptr)
+        GTEST_SKIP() << "under guard pages the overrun ends the program at once, as the suite guard shows";
     char* const block = static_cast<char*>(std::malloc(24));
     ASSERT_NE(nullptr, block);
     char* volatile end = block + 24;
