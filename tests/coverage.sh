@@ -28,21 +28,25 @@ if [ "${COVERAGE_BUILD:-1}" != 0 ]; then
 fi
 
 mkdir -p "$tree/coverage"
-gcovr --root . --filter 'src/' --object-directory "$tree/src" "$tree/src" \
+gcovr --root . --filter 'src/' --object-directory "$tree" "$tree/src" \
     --gcov-executable x86_64-w64-mingw32-gcov-posix --gcov-ignore-parse-errors \
     --exclude-throw-branches --exclude-unreachable-branches \
-    --json-summary "$tree/coverage/summary.json" --html-details "$tree/coverage/index.html" --output /dev/null
+    --json-summary "$tree/coverage/summary.json" --html-details "$tree/coverage/index.html"
 
 python3 - "$tree/coverage/summary.json" $required_lines $required_branches "${AUTOOLS_FIGURES:-}" <<'REPORT' || status=1
 import json, sys
 
 summary = json.load(open(sys.argv[1]))
-worst = sorted(summary["files"], key=lambda file: (file["branch_percent"] or 100) + (file["line_percent"] or 100))
+
+def percent(file, what):
+    return 100.0 * file[f"{what}_covered"] / file[f"{what}_total"] if file[f"{what}_total"] else 100.0
+
+worst = sorted(summary["files"], key=lambda file: percent(file, "branch") + percent(file, "line"))
 print(f"{'file':48} {'lines':>7} {'missed':>6} {'branches':>9} {'missed':>6}")
 for file in worst:
     lines, branches = file["line_total"] - file["line_covered"], file["branch_total"] - file["branch_covered"]
     if lines or branches:
-        print(f"{file['filename'][4:]:48} {file['line_percent'] or 100:6.1f}% {lines:6} {file['branch_percent'] or 100:8.1f}% {branches:6}")
+        print(f"{file['filename'][4:]:48} {percent(file, 'line'):6.1f}% {lines:6} {percent(file, 'branch'):8.1f}% {branches:6}")
 kept = True
 for what, required in (("line", float(sys.argv[2])), ("branch", float(sys.argv[3]))):
     reached = summary[f"{what}_percent"]
