@@ -5,6 +5,7 @@
 #include "platform/BoundedText.h"
 
 #include <algorithm>
+#include <vector>
 
 namespace aut
 {
@@ -73,6 +74,8 @@ void rotateLog(LogFile& current, const char* directory, ArchiveCounts& counts)
     if (!logFilePath(currentPath, directory) || !isMovable(currentPath))
         return;
 
+    std::vector<unsigned int> moved;
+    moved.reserve(counts.last + 2); // may fail, and then nothing has been done yet
     ++counts.last;
     if (counts.last > counts.max)
     {
@@ -85,14 +88,21 @@ void rotateLog(LogFile& current, const char* directory, ArchiveCounts& counts)
         if (numberedArchivePath(from, directory, i - 1) && numberedArchivePath(to, directory, i) &&
             ::MoveFileA(from, to) != FALSE)
         {
-            FlushFile(to);
+            moved.push_back(i);
         }
     }
     // Moved while it is still open: until it has its new name, no other process can write to it and begin a rotation
-    // of its own.
-    if (!numberedArchivePath(to, directory, 1) || ::MoveFileA(currentPath, to) == FALSE)
-        return;
-    current.close();
-    FlushFile(to);
+    // of its own. The others wait for that, and lose events when it takes too long; so what takes long, which is
+    // flushing, comes afterwards.
+    if (numberedArchivePath(to, directory, 1) && ::MoveFileA(currentPath, to) != FALSE)
+    {
+        current.close();
+        moved.push_back(1);
+    }
+    for (const unsigned int i : moved)
+    {
+        if (numberedArchivePath(to, directory, i))
+            FlushFile(to);
+    }
 }
 } // namespace aut

@@ -1,7 +1,9 @@
 // The event log as processes of their own see it: where they log, what they rotate, and what several make of one file.
 
+#include "foundation/EventLog.h"
 #include "tests/foundation/ChildProgram.h"
 #include "tests/support/ClientRegistry.h"
+#include "tests/support/ImportPatch.h"
 #include "tests/support/LogFile.h"
 
 #include <gtest/gtest.h>
@@ -465,4 +467,43 @@ TEST_F(EventLogProcess, ArchivingBesideAWriterLosesNothing)
     for (bool more = static_cast<bool>(search); more; more = ::FindNextFileA(search.get(), &found) != FALSE)
         events += eventsOf(m_data / found.cFileName).size();
     EXPECT_EQ(200u, events);
+}
+
+namespace
+{
+int g_commits = 0;
+int g_commitsWhileHeld = 0;
+
+/// In the place of the runtime's commit: notes whether other processes can write to the log meanwhile.
+int commitAndLook(int)
+{
+    ++g_commits;
+    const aut::UniqueFile other(::CreateFileA(auttest::LogFile::ownPath().c_str(), GENERIC_WRITE,
+                                              FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                                              OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+    if (!other && ::GetLastError() == ERROR_SHARING_VIOLATION)
+        ++g_commitsWhileHeld;
+    return 0;
+}
+} // namespace
+
+// Other processes wait for the end of a rotation, and lose events when it takes too long.
+TEST_F(EventLogProcess, ARotationFlushesWhenOthersCanWriteAgain)
+{
+    const std::string own = auttest::LogFile::ownPath();
+    const std::string folder = own.substr(0, own.rfind('\\') + 1);
+    const auttest::ImportPatch patch("_commit", commitAndLook);
+    g_commits = 0;
+    g_commitsWhileHeld = 0;
+    for (int i = 0; i < 5; ++i) // this process does not know of the archive: it takes a few events to make room
+    {
+        if (!auttest::fileExists(folder + archive(1)))
+            auttest::writeFile(folder + archive(1), "earlier");
+        auttest::writeFile(own, logOfSize(512000));
+        Log(0, "one more");
+    }
+    EXPECT_LT(1, g_commits);
+    EXPECT_EQ(0, g_commitsWhileHeld);
+    for (int i = 1; i <= 4; ++i)
+        auttest::removeAll(folder + archive(i));
 }
