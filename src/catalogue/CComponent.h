@@ -44,7 +44,8 @@ public:
     int Serialize(std::ofstream& stream);
 
     /// Counts this version among the component's most recent ones and removes the folders of those that are no longer
-    /// kept.
+    /// kept. The list is written first: a process that dies behind that leaves such a folder, or the rest of it, which
+    /// nothing names any more.
     void InsertLevelIntoRegistry();
 
     /// Loads the map file of this version from the folder `root\name\full version`, where a null root means the

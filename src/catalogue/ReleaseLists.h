@@ -7,6 +7,11 @@
 
 /// Saves the release's record in the data folder as <name>.lst, or local_<name>.lst without certificate ID, and notes
 /// the release in the registry. False when the file cannot be written.
+///
+/// The file is emptied and written in place, and the release noted when it is whole. A process that dies on the way
+/// leaves a file that is empty or cut off, and the note of the previous one. Such a file is refused when it is read
+/// (one that ends exactly behind its last component reads as a record of the older format, without names); the next
+/// call writes it whole.
 AUTOOLS_API bool SaveConfigFile(CRelease* release);
 
 /// Whether the Web Configurator refused the certificate ID.

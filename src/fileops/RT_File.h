@@ -71,7 +71,9 @@ public:
     unsigned long GetCheckSum();
 
     /// Copies this file into `directory`, which is created. A target in use is replaced at the next start of Windows;
-    /// see `CopyFileAtNextReboot` for several of one name. A copy that breaks off (the disk is full) leaves no target.
+    /// see `CopyFileAtNextReboot` for several of one name. A copy that breaks off (the disk is full) leaves no target,
+    /// or the old one where a condition is given. So does a process that dies on the way, but for `WHEN_ALWAYS`: that
+    /// writes into the target itself and leaves half of it, until it is done again.
     /// Any other `when` copies nothing and gives true. A null directory is refused here and by `MoveTo`.
     bool CopyTo(const char* directory, WHEN when);
     /// Moves this file into `directory`, which must exist.

@@ -19,7 +19,8 @@ String targetIn(const char* directory, const String& fileName)
 
 bool copyToDisk(const char* source, const char* target, const aut::FileStamp& before)
 {
-    if (!aut::copyWhole(source, target, before))
+    // Half a target would look newer than its source, and no later copy would replace it.
+    if (!aut::copyAside(source, target, before))
         return false;
     FlushFile(target);
     return true;

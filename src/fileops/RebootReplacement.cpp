@@ -77,8 +77,8 @@ bool RT_File::CopyFileAtNextReboot(const char* target)
     String temporary(target);
     if (!GetTemporaryFilePath(temporary))
         return failed(462, "Error during temporary file copy", temporary, m_fullPath);
-    // An earlier replacement may wait for a file of this name: untouched, it stays.
-    if (!aut::copyWhole(m_fullPath, temporary, aut::FileStamp(temporary)))
+    // An earlier replacement may wait for a file of this name: half of the new one would be put in place.
+    if (!aut::copyAside(m_fullPath, temporary, aut::FileStamp(temporary)))
         return failed(462, "Error during file copy", temporary, m_fullPath);
 
     const bool registered = aut::isNtFamily(aut::osValue()) ? moveDelayed(temporary, target)

@@ -18,6 +18,11 @@ struct FileStamp
 /// Copies `source` over `target`, which looked like `before`. On failure, GetLastError() says why, a target that was
 /// not touched stays, and half a file (the disk is full) is deleted: it must not be taken for the newer one.
 bool copyWhole(const char* source, const char* target, const FileStamp& before);
+
+/// The same, for a target whose half would be taken for the whole: a process that dies on the way, or a disk that gets
+/// full, leaves it as it was. The copy is made beside the target and then moved onto it; a target that can be written
+/// to but not be replaced (a reader has it open) is copied over, as copyWhole() does it.
+bool copyAside(const char* source, const char* target, const FileStamp& before);
 } // namespace aut
 
 #endif

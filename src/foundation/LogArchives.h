@@ -26,6 +26,10 @@ bool timedArchivePath(char (&path)[MAX_PATH], const char* directory, const SYSTE
 /// Moves the current log file, which is open as `current`, to archive 01 and each archive one number up; the oldest is
 /// deleted. `current` is closed when it was moved and stays open, on the same file, when it could not be.
 /// Raises `counts.last`; reports nothing.
+///
+/// A process that dies on the way leaves every event in one file or another, and a gap among the archives. The next
+/// rotation of a process that counts as many archives as are kept begins with the oldest again: a rotation cut short
+/// costs one archive more, the one that was already moved into the oldest one's place.
 void rotateLog(LogFile& current, const char* directory, ArchiveCounts& counts);
 } // namespace aut
 

@@ -8,7 +8,8 @@
 namespace aut
 {
 /// Replaces a file whole or not at all: what is to come lies beside it under a temporary name until `commit`, and is
-/// deleted when that never happens or fails. A process that is killed meanwhile leaves the temporary file ("dat*.tmp").
+/// deleted when that never happens or fails. A process that is killed meanwhile leaves the temporary file, which has
+/// its number in the name ("dat000001c4-0007.tmp", hexadecimal): the next replacement in the same folder deletes it.
 ///
 /// Whatever gives false leaves GetLastError() set.
 class FileReplacement
@@ -27,6 +28,8 @@ public:
     bool copyFrom(const char* path);
     /// Brings it to the disk and then into the file's place. A read-only file is not replaced.
     bool commit();
+    /// The second half of that alone.
+    bool moveIntoPlace();
 
 private:
     char m_path[MAX_PATH];

@@ -122,7 +122,13 @@ void CRegComponent::SetMostRecentLevels(RT_List<String, String&>& levels, RT_Lis
         if (goesTo != nullptr && !aut::appendTo(*goesTo, level))
             return; // before anything is written: what is not listed any more would never be deleted
     }
-    SetValue(kMostRecentLevels, joined(kept));
+    if (!SetValue(kMostRecentLevels, joined(kept)))
+    {
+        // What the registry goes on listing must stay on disk.
+        Log(2, "CRegComponent::SetMostRecentLevels - levels of component %s not recorded",
+            static_cast<const char*>(m_component));
+        return;
+    }
     if (dropped.IsEmpty())
         return;
 

@@ -1,5 +1,6 @@
 #include "registry/CRegProductForComponent.h"
 
+#include "foundation/EventLog.h"
 #include "platform/BoundedText.h"
 #include "registry/CRegComponent.h"
 #include "registry/TypedValues.h"
@@ -17,10 +18,18 @@ aut::KeyPath entryOf(const char* component, const char* product)
     return aut::entryPath(aut::KeyPath{aut::kComponentsKey, component}, product);
 }
 
-void writeUnlessEmpty(CRegBase& key, const char* name, const char* text)
+bool writeUnlessEmpty(CRegBase& key, const char* name, const char* text)
 {
-    if (!aut::isEmpty(text))
-        key.SetValue(name, text);
+    return aut::isEmpty(text) || key.SetValue(name, text);
+}
+
+/// What could not be written is lost: what it was moved from is gone already. The result deliberately says only whether
+/// the entry could be opened.
+void tellUnless(bool written, const char* function, const char* component, const char* product)
+{
+    if (!written)
+        Log(2, "CRegProductForComponent::%s - entry of component %s for product %s not wholly written", function,
+            component, product);
 }
 } // namespace
 
@@ -36,13 +45,13 @@ struct CRegProductForComponent::EntryData
         aut::readText(entry, version, kVersion);
     }
 
-    void writeTo(CRegBase& entry) const
+    /// All that can be written is; false when that is not everything.
+    bool writeTo(CRegBase& entry) const
     {
-        writeUnlessEmpty(entry, kPath, path);
-        writeUnlessEmpty(entry, kLanguage, language);
-        writeUnlessEmpty(entry, kVersion, version);
-        if (enabled)
-            aut::writeFlag(entry, kEnable, true);
+        bool written = writeUnlessEmpty(entry, kPath, path);
+        written &= writeUnlessEmpty(entry, kLanguage, language);
+        written &= writeUnlessEmpty(entry, kVersion, version);
+        return (!enabled || aut::writeFlag(entry, kEnable, true)) && written;
     }
 
     bool enabled;
@@ -109,12 +118,13 @@ bool CRegProductForComponent::Share()
 bool CRegProductForComponent::ShareAsFirst(const EntryData& data)
 {
     DeleteValue(kPath);
-    aut::writeFlag(*this, kShared, true);
+    bool written = aut::writeFlag(*this, kShared, true);
     m_shared = true;
     if (!OpenCommonEntry(false))
         return false;
-    aut::writeFlag(*this, kShared, true);
-    data.writeTo(*this);
+    written &= aut::writeFlag(*this, kShared, true);
+    written &= data.writeTo(*this);
+    tellUnless(written, "Share", m_component, m_product);
     return true;
 }
 
@@ -135,7 +145,8 @@ bool CRegProductForComponent::IsSharedByOther(RT_List<String, String&>& products
 
 bool CRegProductForComponent::JoinShared()
 {
-    aut::writeFlag(*this, kShared, true);
+    const bool written = aut::writeFlag(*this, kShared, true);
+    tellUnless(written, "Share", m_component, m_product);
     m_shared = true;
     return OpenCommonEntry(false);
 }
@@ -155,13 +166,13 @@ bool CRegProductForComponent::UnShare()
         return true;
 
     // The number of product entries is the share count: the last one takes the common entry with it.
-    if (products.GetCount() == 1)
-        common.DeleteKey();
+    bool written = products.GetCount() != 1 || common.DeleteKey();
     if (!Open(entryOf(m_component, m_product), aut::kReadWriteAccess))
         return false;
-    DeleteValue(kShared);
+    written &= DeleteValue(kShared);
     m_shared = false;
-    data.writeTo(*this);
+    written &= data.writeTo(*this);
+    tellUnless(written, "UnShare", m_component, m_product);
     return true;
 }
 

@@ -4,6 +4,13 @@
 #include "registry/CRegBase.h"
 
 /// A product's entry under a component, or the component's common "Shared" entry once the product shares it.
+///
+/// A process that dies within `Share` or `UnShare`: what is moved is deleted in its old place before it is written in
+/// the new one, and the entry is marked in between. Before the mark, `Share` can cost the entry its `Path` only; the
+/// version, language and flag of the product's own entry are never touched by it. Behind the mark, the common entry may
+/// lack what was not written yet. `UnShare` of the last product can cost path, version, language and flag: they were
+/// deleted with the common entry; with other products that entry stays whole. Either way both may be called again, and
+/// the component then counts as not installed (no version) or gets its path with its next installation.
 class AUTOOLS_API CRegProductForComponent : public CRegBase
 {
 public:

@@ -38,6 +38,31 @@ String timeStampOf(const DataExchange& request)
         .GetTimeStamp();
 }
 
+/// Notes in the registry, beside the time stamp and before anything is asked, which answer the kernel configuration
+/// goes with. The request stores its new time stamp long before the answer is in the configuration's place: a process
+/// that died in between would otherwise leave the old configuration until the server has the next one.
+class InstallationNote
+{
+public:
+    explicit InstallationNote(const DataExchange& request)
+        : m_key(request.m_host, request.m_certificateId, request.m_productName, request.m_componentName, false),
+          m_name(String(request.m_certificateId) + "__" + kConfigurationFile)
+    {
+        if (*request.m_certificateId == '\0' || m_key.QueryValue(m_name, m_installed))
+            return; // left by a process that died
+        m_installed = m_key.GetTimeStamp();
+        m_key.SetValue(m_name, m_installed);
+    }
+    bool isOutdated() { return *m_key.GetEntryName() != '\0' && m_key.GetTimeStamp() != m_installed; }
+    bool isOfNothing() { return m_key.GetTimeStamp() == aut::kNothingInCache; }
+    void drop() { m_key.DeleteValue(m_name); }
+
+private:
+    CRegDataCaching m_key;
+    const String m_name;
+    String m_installed;
+};
+
 /// Puts the cached answer in the place of the kernel configuration. The old one stays when that fails, and the time
 /// stamp is dropped, so that the next request brings the answer once more.
 void installConfiguration(const DataExchange& request)
@@ -112,20 +137,24 @@ try
 
     GetCIDs();
     bool stop = false;
-    bool updated = false;
     m_certificateIds.InitCIDLoop();
     while (!stop && m_certificateIds.IsEndOfTheListReached() == 0)
     {
         String certificateId = m_certificateIds.GetNextCID();
-        updated = IsAUDataUpdated(certificateId, &stop);
+        aut::copyText(m_certificateId, certificateId);
+        InstallationNote note(*this);
+        const bool updated = IsAUDataUpdated(certificateId, &stop);
+        if (stop && (updated || note.isOutdated()))
+            installConfiguration(*this);
+        else if (note.isOutdated() && !note.isOfNothing())
+            continue; // not answered: what a process that died has left is still to be done
+        note.drop();
     }
     if (!stop)
     {
         Log(1, "AU Data: No data returned by Web Conf because of no ID deployments");
         return false;
     }
-    if (updated)
-        installConfiguration(*this);
     return true;
 }
 catch (const std::bad_alloc&)

@@ -25,7 +25,8 @@ public:
                          const char* build, const char* language, const char* component);
     /// The client's own configuration: asks for each certificate ID until one has a deployment, and puts its answer
     /// into the client's folder as AUKernelData.xml. False when none has. A local server that neither answers nor ends
-    /// is waited for without a limit.
+    /// is waited for without a limit. What a process that died had received and not yet put there is put there by the
+    /// next call that the server answers.
     bool GetAUData(const char* host);
     /// One request: 0, or 18 when another process is asking, 104 for an answer that is none, or the transfer's status.
     int TransmitRequestToWebConf();

@@ -60,6 +60,17 @@ BOOL WINAPI halfCopy(const char*, const char* target, BOOL)
     return FALSE;
 }
 
+/// The same, and what is in another file at that moment.
+std::string g_watched;
+std::string g_seen;
+BOOL WINAPI halfCopyWatched(const char* source, const char* target, BOOL keep)
+{
+    halfCopy(source, target, keep);
+    g_seen = auttest::fileExists(g_watched) ? auttest::readFile(g_watched) : "(none)";
+    ::SetLastError(ERROR_DISK_FULL);
+    return FALSE;
+}
+
 /// Days since the file was written.
 void setAge(const std::string& path, int days)
 {
@@ -334,7 +345,11 @@ TEST_F(RT_FileCopyTo, AFullDiskLeavesNoHalfTargetThatALaterCopyWouldTakeForTheNe
                 const ImportPatch patch("CopyFileA", halfCopy);
                 EXPECT_FALSE(copy(when));
             }
-            EXPECT_FALSE(auttest::fileExists(target));
+            // Only what always replaces writes into the target itself.
+            if (replaces && when != WHEN_ALWAYS)
+                EXPECT_EQ("old", auttest::readFile(target));
+            else
+                EXPECT_FALSE(auttest::fileExists(target));
             EXPECT_FALSE(auttest::fileExists(temporary));
             EXPECT_TRUE(copy(WHEN_NEWER));
             EXPECT_EQ("new", auttest::readFile(target));
@@ -343,15 +358,56 @@ TEST_F(RT_FileCopyTo, AFullDiskLeavesNoHalfTargetThatALaterCopyWouldTakeForTheNe
     expectNothingPending();
 }
 
-TEST_F(RT_FileCopyTo, AFullDiskTakesAHalfCopyFromAnEarlierReplacement)
+TEST_F(RT_FileCopyTo, AFullDiskLeavesTheCopyOfAnEarlierReplacementWhole)
 {
     writeOlderTarget();
     const InUse held(target);
     EXPECT_TRUE(copy(WHEN_ALWAYS));
-    EXPECT_TRUE(auttest::fileExists(temporary));
+    EXPECT_EQ("new", auttest::readFile(temporary));
     const ImportPatch patch("CopyFileA", halfCopy);
     EXPECT_FALSE(copy(WHEN_ALWAYS));
-    EXPECT_FALSE(auttest::fileExists(temporary));
+    EXPECT_EQ("new", auttest::readFile(temporary)) << "it is still going to be put in place";
+}
+
+TEST_F(RT_FileCopyTo, AProcessThatDiesInAConditionalCopyHasNotTouchedTheTarget)
+{
+    for (const WHEN when : {WHEN_DIFFERENT, WHEN_NEWER})
+    {
+        writeOlderTarget();
+        {
+            const ImportPatch patch("CopyFileA", halfCopyWatched);
+            g_watched = target;
+            copy(when);
+        }
+        EXPECT_EQ("old", g_seen) << "in the middle of the copy";
+        EXPECT_TRUE(copy(when));
+        EXPECT_EQ("new", auttest::readFile(target));
+    }
+}
+
+TEST_F(RT_FileCopyTo, AProcessThatDiesInACopyThatWaitsHasNotTouchedTheEarlierOne)
+{
+    writeOlderTarget();
+    const InUse held(target);
+    EXPECT_TRUE(copy(WHEN_ALWAYS));
+    auttest::writeFile(source, "newest");
+    {
+        const ImportPatch patch("CopyFileA", halfCopyWatched);
+        g_watched = temporary;
+        EXPECT_FALSE(copy(WHEN_ALWAYS));
+    }
+    EXPECT_EQ("new", g_seen) << "in the middle of the copy";
+    EXPECT_TRUE(copy(WHEN_ALWAYS));
+    EXPECT_EQ("newest", auttest::readFile(temporary));
+}
+
+TEST_F(RT_FileCopyTo, ATargetThatAReaderKeepsFromBeingReplacedIsWrittenTo)
+{
+    writeOlderTarget();
+    const InUse held(target, FILE_SHARE_READ | FILE_SHARE_WRITE);
+    EXPECT_TRUE(copy(WHEN_NEWER));
+    EXPECT_EQ("new", auttest::readFile(target));
+    expectNothingPending();
 }
 
 TEST_F(RT_FileCopyTo, ASourceInUseLeavesTheCopyOfAnEarlierReplacementAlone)

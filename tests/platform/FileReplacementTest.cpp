@@ -116,6 +116,43 @@ TEST_F(FileReplacementTest, ASourceThatIsMissingLeavesTheFile)
     expectOld();
 }
 
+TEST_F(FileReplacementTest, DeletesWhatAProcessThatIsNoMoreHasLeft)
+{
+    const std::string left = folder.writeFile("dat7ffffff0-0001.tmp", "half");
+    folder.writeFile("dat7ffffff0-0002.tmp", "another half");
+    ::SetFileAttributesA(left.c_str(), FILE_ATTRIBUTE_READONLY);
+    {
+        aut::FileReplacement file(path.c_str());
+        EXPECT_EQ(2, entries()) << "the file and the new temporary one";
+    }
+    expectOld();
+}
+
+TEST_F(FileReplacementTest, DeletesNothingOfARunningProcessAndNoOtherFile)
+{
+    aut::FileReplacement other(path.c_str());
+    ASSERT_TRUE(other.write("of another thread", 17));
+    for (const char* const name : {"data-1.tmp", "dat7ffffff0-1.tmp", "dat7ffffff0-0001.tmp.txt", "dat-0001.tmp",
+                                   "dat00000000-0001.tmp", "dat7ffffff0-0001x.tmp"})
+        folder.writeFile(name, "kept");
+    {
+        const aut::FileReplacement file((folder / "second.xml").c_str());
+        EXPECT_EQ(9, entries());
+    }
+    EXPECT_EQ(8, entries());
+    EXPECT_TRUE(other.commit());
+    EXPECT_EQ("of another thread", folder.readFile("file.xml"));
+}
+
+TEST_F(FileReplacementTest, ARefusedReplacementLeavesNoReadOnlyCopyBeside)
+{
+    {
+        aut::FileReplacement file(path.c_str());
+        ::SetFileAttributesA(file.temporary(), FILE_ATTRIBUTE_READONLY);
+    }
+    expectOld();
+}
+
 TEST_F(FileReplacementTest, WithoutAPlaceForItNothingWorks)
 {
     const std::string longPath = folder / std::string(300, 'x');

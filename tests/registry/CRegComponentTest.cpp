@@ -1,6 +1,7 @@
 #include "registry/CRegComponent.h"
 
 #include "tests/registry/RegistryTests.h"
+#include "tests/support/ImportPatch.h"
 #include "tests/support/LogFile.h"
 
 #include <algorithm>
@@ -18,6 +19,8 @@ struct Component : CRegComponent
     using CRegComponent::CRegComponent;
     using CRegComponent::DeleteMostRecentLevelFromList;
 };
+
+LSTATUS WINAPI noValue(HKEY, LPCSTR, DWORD, DWORD, const BYTE*, DWORD) { return ERROR_DISK_FULL; }
 
 constexpr char kRoot[] = "Components";
 constexpr char kComponent[] = "Components\\Comp";
@@ -225,6 +228,17 @@ TEST_F(CRegComponentTest, InsertingDropsWhatIsBeyondTheMaximum)
     storeLevels("3.0,2.9");
     EXPECT_EQ((Texts{"C:\\AU\\Components\\Comp\\2.9"}), insertLevel("3.1"));
     EXPECT_EQ("3.1,3.0", storedLevels());
+}
+
+TEST_F(CRegComponentTest, WhenTheLevelsCannotBeRecordedNoFolderIsDropped)
+{
+    m_key.SetMaxLevels(2);
+    storeLevels("3.0,2.9");
+    auttest::LogFile log;
+    const auttest::ImportPatch patch("RegSetValueExA", noValue);
+    EXPECT_EQ(Texts{}, insertLevel("3.1")) << "2.9 is still listed";
+    EXPECT_EQ("3.0,2.9", storedLevels());
+    EXPECT_TRUE(log.has("Error", "CRegComponent::SetMostRecentLevels - levels of component Comp not recorded"));
 }
 
 TEST_F(CRegComponentTest, KeepsTwentyLevelsWhenNoMaximumIsSet)

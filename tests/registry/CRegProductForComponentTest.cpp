@@ -2,6 +2,9 @@
 
 #include "tests/registry/RegistryTests.h"
 #include "tests/support/ImportPatch.h"
+#include "tests/support/LogFile.h"
+
+#include <cstring>
 
 using Key = CRegProductForComponent;
 
@@ -46,6 +49,11 @@ LSTATUS WINAPI firstSubkeyOnly(HKEY key, DWORD index, LPSTR name, LPDWORD size, 
 {
     return index == 0 ? ::RegEnumKeyExA(key, index, name, size, reserved, className, classSize, written)
                       : ERROR_NOT_ENOUGH_MEMORY;
+}
+/// A full disk: no path can be stored any more.
+LSTATUS WINAPI noPath(HKEY key, LPCSTR name, DWORD reserved, DWORD type, const BYTE* data, DWORD size)
+{
+    return std::strcmp(name, "Path") == 0 ? ERROR_DISK_FULL : ::RegSetValueExA(key, name, reserved, type, data, size);
 }
 void* noMemory(std::size_t) { return nullptr; }
 void* noMoreMemory(void*, std::size_t) { return nullptr; }
@@ -164,6 +172,29 @@ TEST_F(CRegProductForComponentTest, TheOnlyProductMovesItsEntryToTheCommonOne)
     expectEntry(kCommon, "C:\\path");
     key.SetLanguage("EN");
     EXPECT_EQ("EN", m_registry.readText(kCommon, "Language"));
+}
+
+TEST_F(CRegProductForComponentTest, WhatCannotBeMovedIsTold)
+{
+    storeEntry(kOwn, "C:\\path");
+    Key key("Comp", "P1", false, true);
+    auttest::LogFile log;
+    const auttest::ImportPatch patch("RegSetValueExA", noPath);
+    EXPECT_TRUE(key.Share());
+    EXPECT_EQ(
+        (std::vector<auttest::LogEvent>{
+            {"Error", "CRegProductForComponent::Share - entry of component Comp for product P1 not wholly written"}}),
+        log.events());
+    EXPECT_EQ("SV", m_registry.readText(kCommon, "Language")) << "the rest is there";
+
+    m_registry.write(kCommon, "Path", "C:\\path");
+    log.mark();
+    EXPECT_TRUE(key.UnShare());
+    EXPECT_EQ((std::vector<auttest::LogEvent>{
+                  {"Error", "CRegProductForComponent::UnShare - entry of component Comp for product P1 not wholly "
+                            "written"}}),
+              log.events());
+    EXPECT_EQ("3.3.302B1", m_registry.readText(kOwn, "ComponentVersion"));
 }
 
 TEST_F(CRegProductForComponentTest, TheProductsNameIsComparedWithoutRegardToCase)

@@ -242,6 +242,31 @@ TEST_F(AUData, TheAnswerToOneCertificateIdIsJudgedByItsTimeStamps)
     EXPECT_FALSE(request.IsAUDataUpdated(id, nullptr));
 }
 
+TEST_F(AUData, ThatAProcessGotAndDidNotInstallBeforeItDiedIsInstalledByTheNext)
+{
+    // It had noted what was installed, kept the answer and its time stamp, and died.
+    const std::string note = std::string(kFirst) + "__AUKernelData.xml";
+    registry.write(stampKey("Automatic Update"), note.c_str(), "T0");
+    registry.write(stampKey("Automatic Update"), kFirst, "T1");
+    data.writeFile(file(kFirst, "Automatic Update"), configuration("T1"));
+    client.writeFile("AUKernelData.xml", "the old one");
+
+    server->addRule("status=500");
+    EXPECT_FALSE(getAUData());
+    EXPECT_EQ("the old one", client.readFile("AUKernelData.xml"));
+    EXPECT_EQ("T0", registry.readText(stampKey("Automatic Update"), note.c_str())) << "still to be done";
+
+    server->clearRules();
+    answerFor(kFirst, answer("<Data><NoChange/></Data>"));
+    EXPECT_TRUE(getAUData());
+    EXPECT_EQ(configuration("T1"), client.readFile("AUKernelData.xml"));
+    EXPECT_FALSE(registry.valueExists(stampKey("Automatic Update"), note.c_str()));
+
+    client.writeFile("AUKernelData.xml", "edited");
+    EXPECT_TRUE(getAUData());
+    EXPECT_EQ("edited", client.readFile("AUKernelData.xml")) << "installed once";
+}
+
 class AUDataWithoutCertificates : public CachingTest
 {
 };
