@@ -11,6 +11,14 @@ namespace
 constexpr DWORD kRetryEveryMs = 1;
 constexpr std::size_t kTailBytes = 64; ///< enough for the closing tag and some blank lines behind it
 
+/// The position is set apart: given with the reading or writing, it may cost a message to the system's server each.
+bool seek(const UniqueFile& file, std::uint64_t offset)
+{
+    LARGE_INTEGER position{};
+    position.QuadPart = static_cast<LONGLONG>(offset);
+    return ::SetFilePointerEx(file.get(), position, nullptr, FILE_BEGIN) != FALSE;
+}
+
 bool isHeldByAnother(DWORD error) { return error == ERROR_SHARING_VIOLATION || error == ERROR_LOCK_VIOLATION; }
 } // namespace
 
@@ -78,11 +86,9 @@ bool LogFile::readTail(Tail& tail) const
     tail.length = static_cast<std::size_t>(m_size - tail.start);
     if (tail.length == 0)
         return true;
-    OVERLAPPED at{};
-    at.Offset = static_cast<DWORD>(tail.start);
-    at.OffsetHigh = static_cast<DWORD>(tail.start >> 32);
     DWORD read = 0;
-    if (::ReadFile(m_file.get(), tail.bytes, static_cast<DWORD>(tail.length), &read, &at) == FALSE ||
+    if (!seek(m_file, tail.start) ||
+        ::ReadFile(m_file.get(), tail.bytes, static_cast<DWORD>(tail.length), &read, nullptr) == FALSE ||
         read != tail.length)
         return false;
 
@@ -103,11 +109,9 @@ bool LogFile::readTail(Tail& tail) const
 
 bool LogFile::writeAt(std::uint64_t offset, const char* data, std::size_t length)
 {
-    OVERLAPPED at{};
-    at.Offset = static_cast<DWORD>(offset);
-    at.OffsetHigh = static_cast<DWORD>(offset >> 32);
     DWORD written = 0;
-    return ::WriteFile(m_file.get(), data, static_cast<DWORD>(length), &written, &at) != FALSE && written == length;
+    return seek(m_file, offset) &&
+           ::WriteFile(m_file.get(), data, static_cast<DWORD>(length), &written, nullptr) != FALSE && written == length;
 }
 
 void LogFile::restore(const Tail& tail)
@@ -115,9 +119,7 @@ void LogFile::restore(const Tail& tail)
     // Overwriting what is already there needs no new room on the disk.
     if (tail.length > 0)
         writeAt(tail.start, tail.bytes, tail.length);
-    LARGE_INTEGER end{};
-    end.QuadPart = static_cast<LONGLONG>(m_size);
-    if (::SetFilePointerEx(m_file.get(), end, nullptr, FILE_BEGIN) != FALSE)
+    if (seek(m_file, m_size))
         ::SetEndOfFile(m_file.get());
 }
 } // namespace aut
