@@ -4,14 +4,14 @@
 
 namespace aut
 {
-void cleanPath(String& path)
+bool cleanPath(String& path)
 {
     String clean;
     char* const out = clean.GetBufferSetLength(path.GetLength());
     if (out == nullptr)
     {
         path.Empty();
-        return;
+        return false;
     }
     int length = 0;
     for (const char* in = path; *in != '\0'; ++in)
@@ -25,6 +25,7 @@ void cleanPath(String& path)
         --length;
     out[length] = '\0';
     path = static_cast<const char*>(out);
+    return path.GetLength() == length;
 }
 
 namespace
@@ -44,40 +45,49 @@ bool splitRoot(const char* text, String& drive, String& server, String& path)
     if (colon == 1)
     {
         String rest = whole.Mid(2);
-        cleanPath(rest);
+        if (rest.GetLength() != whole.GetLength() - colon - 1 || !cleanPath(rest))
+            return false;
         drive = whole.Left(2);
         server.Empty();
         path = rest;
-        return true;
+        return drive.GetLength() == 2 && path.GetLength() == rest.GetLength();
     }
     if (colon != -1 || !isSharePath(whole))
         return false;
 
-    cleanPath(whole);
+    if (!cleanPath(whole))
+        return false;
     const int end = whole.Find('\\');
     String rest;
     if (end != -1)
     {
         rest = whole.Mid(end + 1);
-        cleanPath(rest);
+        if (rest.GetLength() != whole.GetLength() - end - 1 || !cleanPath(rest))
+            return false;
         whole = whole.Left(end);
+        if (whole.GetLength() != end)
+            return false;
     }
     drive.Empty();
     server = String("\\\\") + whole;
     path = rest;
-    return true;
+    return server.GetLength() == whole.GetLength() + 2 && path.GetLength() == rest.GetLength();
 }
 
-void splitLastComponent(String& path, String& name)
+bool splitLastComponent(String& path, String& name)
 {
+    const int length = path.GetLength();
     const int last = path.ReverseFind('\\');
     name = path.Mid(last + 1);
     path = last == -1 ? String() : path.Left(last);
+    return name.GetLength() == length - last - 1 && path.GetLength() == (last == -1 ? 0 : last);
 }
 
 void joinPath(const String& drive, const String& server, String& path, const String& name, String& fullPath)
 {
     const String& root = drive.IsEmpty() ? server : drive;
+    const int length =
+        root.GetLength() + (path.IsEmpty() ? 0 : path.GetLength() + 1) + (name.IsEmpty() ? 0 : name.GetLength() + 1);
     fullPath = root;
     if (!path.IsEmpty())
     {
@@ -92,5 +102,7 @@ void joinPath(const String& drive, const String& server, String& path, const Str
         fullPath += '\\';
         fullPath += name;
     }
+    if (fullPath.GetLength() != length)
+        fullPath.Empty();
 }
 } // namespace aut

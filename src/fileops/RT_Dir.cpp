@@ -50,8 +50,10 @@ void RT_Dir::SetFullPath(const String& fullPath)
 {
     if (!Initialize(fullPath))
         return;
-    aut::splitLastComponent(m_path, m_dirName);
-    aut::joinPath(m_drive, m_server, m_path, m_dirName, m_fullPath);
+    if (aut::splitLastComponent(m_path, m_dirName))
+        aut::joinPath(m_drive, m_server, m_path, m_dirName, m_fullPath);
+    else
+        m_fullPath.Empty();
 }
 
 void RT_Dir::SetFullPath(const String& parent, const String& name)

@@ -67,8 +67,10 @@ void RT_File::SetFullPath(const char* fullPath)
 {
     if (!Initialize(fullPath))
         return;
-    aut::splitLastComponent(m_path, m_fileName);
-    aut::joinPath(m_drive, m_server, m_path, m_fileName, m_fullPath);
+    if (aut::splitLastComponent(m_path, m_fileName))
+        aut::joinPath(m_drive, m_server, m_path, m_fileName, m_fullPath);
+    else
+        m_fullPath.Empty();
 }
 
 void RT_File::SetFullPath(const char* path, const char* fileName)

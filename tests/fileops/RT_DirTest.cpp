@@ -1,11 +1,15 @@
 #include "fileops/RT_Dir.h"
+#include "fileops/RT_File.h"
 #include "tests/fileops/PathCases.h"
+#include "tests/support/ImportPatch.h"
 #include "tests/support/TestFolder.h"
 
 #include <gtest/gtest.h>
 
 #include <windows.h>
 
+#include <cstdlib>
+#include <string>
 #include <type_traits>
 
 static_assert(std::has_virtual_destructor_v<RT_Dir>);
@@ -172,3 +176,40 @@ TEST(RT_Dir, APathOfThreeHundredCharactersIsCreatedOrRefusedAsAWhole)
     EXPECT_EQ(directory.Create(), directory.IsExisting());
 }
 } // namespace
+
+// A path cut short is another folder's: it would be removed or written to instead.
+
+namespace
+{
+int g_untilNoMemory = 0;
+void* countedMalloc(std::size_t size) { return --g_untilNoMemory == 0 ? nullptr : std::malloc(size); }
+void* countedRealloc(void* block, std::size_t size)
+{
+    return --g_untilNoMemory == 0 ? nullptr : std::realloc(block, size);
+}
+} // namespace
+
+TEST(PathsWithoutMemory, AreEmptyAndNeverThoseOfAnotherFolder)
+{
+    for (const char* const path : {"C:\\one\\two\\three", "\\\\server\\share\\two"})
+    {
+        for (int number = 1; number < 40; ++number)
+        {
+            String directory;
+            std::string file;
+            const String text(path);
+            {
+                const auttest::ImportPatch first("malloc", countedMalloc);
+                const auttest::ImportPatch second("realloc", countedRealloc);
+                g_untilNoMemory = number;
+                ::RT_Dir dir(text);
+                RT_File named(path);
+                g_untilNoMemory = 0;
+                directory = dir.GetFullPath();
+                file = named.GetFullPath();
+            }
+            EXPECT_TRUE(directory.IsEmpty() || directory == path) << number << ": " << directory;
+            EXPECT_TRUE(file.empty() || file == path) << number << ": " << file;
+        }
+    }
+}
