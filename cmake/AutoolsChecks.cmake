@@ -38,6 +38,10 @@ function(autools_instrument target)
       target_compile_options(${target} PRIVATE -fsanitize=undefined -fsanitize-undefined-trap-on-error)
     endif()
   endif()
+  if("undefined" IN_LIST AUTOOLS_CHECKS AND "guard" IN_LIST AUTOOLS_CHECKS)
+    # Guarded blocks of an odd size are deliberately not aligned.
+    target_compile_options(${target} PRIVATE -fno-sanitize=alignment)
+  endif()
   if(ARG_COUNTED AND "coverage" IN_LIST AUTOOLS_CHECKS)
     # Unoptimised, so that a branch of the source is a branch of the machine.
     target_compile_options(${target} PRIVATE --coverage -O0)
