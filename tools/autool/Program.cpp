@@ -43,6 +43,7 @@ int runProgram(std::vector<std::string> arguments, Console& console)
     Action action;
     addCheck(program, action);
     addExplain(program, action);
+    addLog(program, action);
     addPlan(program, action);
     addState(program, action);
     try

@@ -19,6 +19,7 @@ using Action = std::function<int(Console&)>;
 // One function per command, in the command's own folder: adds its subcommand, which sets `action` when it is chosen.
 void addCheck(CLI::App& program, Action& action);
 void addExplain(CLI::App& program, Action& action);
+void addLog(CLI::App& program, Action& action);
 void addPlan(CLI::App& program, Action& action);
 void addState(CLI::App& program, Action& action);
 } // namespace autool

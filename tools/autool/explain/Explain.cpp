@@ -186,9 +186,11 @@ void addExplain(CLI::App& program, Action& action)
 {
     CLI::App* const command = program.add_subcommand("explain", "Say what a code or a text of the log means");
     const auto options = std::make_shared<Options>();
-    command->add_option("CODE", options->words,
-                        "A status code (470), a log text or a part of it, a system error (5, 0x5,\n"
-                        "ERROR_ACCESS_DENIED) or an HRESULT (0x80040154)");
+    command
+        ->add_option("CODE", options->words,
+                     "A status code (470), a log text or a part of it, a system error (5, 0x5,\n"
+                     "ERROR_ACCESS_DENIED) or an HRESULT (0x80040154)")
+        ->option_text(" ");
     command->add_flag("--json", options->json, "Answer in JSON");
     command->add_flag("--markdown", options->markdown, "Print everything that is known, as docs/codes.md");
     command->footer("Exit codes: 0 known, 1 nothing known, 2 wrong usage.");
