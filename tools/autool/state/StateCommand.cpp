@@ -276,8 +276,7 @@ int run(Console& console, const Options& options)
 void addState(CLI::App& program, Action& action)
 {
     const auto options = std::make_shared<Options>();
-    CLI::App* const command = program.add_subcommand(
-        "state", "Show what this machine holds of the client: settings, caches, files, what waits for a restart");
+    CLI::App* const command = program.add_subcommand("state", "Show what this machine holds of the client");
     command->footer("Credentials are never shown or written, only that there are some.\n"
                     "Exit code 1: no client, a difference, or something that is missing in the bundle.");
     command->add_flag("--json", options->json, "Print JSON");
