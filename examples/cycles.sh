@@ -136,6 +136,8 @@ if [ $# -gt 0 ] || [ -n "${CYCLE_RULE:-}" ]; then
     cycleCode=$code
     step "What the client would do now"
     autool plan
+    step "What the event log says of it"
+    autool log
     step "Exit code $cycleCode"
     exit "$cycleCode"
 fi
@@ -436,6 +438,11 @@ autool plan
 claim "nothing waits any more" eval "[ $code = 0 ] && printed 'No releases'"
 autool plan --products "C:\\Velmora\\Data\\${ledgerId}_productList.xml"
 claim "the last product list has been carried out" printed 'Releases: 2 nothing'
+step "What the event log says of all cycles"
+autool log
+claim "the log shows seven cycles" [ "$(grep -cE '^20[0-9]{2}-.* Phase3_End ' "$work/output")" = 7 ]
+claim "the log shows the waiting, the restart and the refusal" eval "printed 'Pending' && printed 'Reboot Needed' &&
+    printed 'certificate expired'"
 machine
 claim "looking changed nothing" asLastTime
 
