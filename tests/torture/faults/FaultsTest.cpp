@@ -195,6 +195,7 @@ bool fail(Scenario& scenario, Effect effect, int number, std::size_t kept, Tally
         return true; // no call that can take less, or one whose failure does not reach the library
 
     Problems problems;
+    scenario.failed();
     const std::size_t handlesLeft = settledHandles(handles);
     problems.expect(handlesLeft <= handles, std::to_string(handlesLeft - handles) + " handles leaked");
     scenario.intact(problems);

@@ -44,7 +44,6 @@ public:
     {
         Scenario::prepare();
         m_progress = 0;
-        m_failed = false;
         m_registry.write("", "LastAndMaxIndex", 0x00040004);
         m_folder->writeFile("data\\7xAutoupdateLog.xml", logFile("current", 511850));
         for (int i = 1; i <= 4; ++i)
@@ -56,8 +55,8 @@ public:
     void died(int progress) override { m_progress = progress; }
     void failed() override
     {
+        Scenario::failed();
         m_progress = 4;
-        m_failed = true;
     }
     void intact(Problems& problems) override
     {
@@ -108,7 +107,7 @@ private:
         for (int i = 0; i < 4; ++i)
         {
             const std::size_t found = countOf(text, ">victim " + std::to_string(i) + "<");
-            const bool isLost = m_failed && found == 0;
+            const bool isLost = m_failed && found == 0; // the event in flight
             lost += isLost ? 1 : 0;
             problems.expect(isLost || (i < logged ? found == 1 : found <= (i == logged ? 1U : 0U)),
                             "event " + std::to_string(i) + " is there " + std::to_string(found) + " times");
@@ -117,7 +116,6 @@ private:
     }
 
     int m_progress = 0;
-    bool m_failed = false; ///< then the event in flight may be lost
 };
 } // namespace
 

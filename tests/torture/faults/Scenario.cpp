@@ -36,6 +36,7 @@ std::string Problems::text() const
 
 void Scenario::prepare()
 {
+    m_failed = false;
     m_folder.reset();
     m_folder.emplace();
     m_registry.removeKey("");

@@ -44,8 +44,8 @@ public:
 
     /// After a death: how many steps the process had finished.
     virtual void died(int /*progress*/) {}
-    /// After a failure in a process of its own, which went on.
-    virtual void failed() {}
+    /// After a failure, with which the job went on.
+    virtual void failed() { m_failed = true; }
     /// Must hold after a death and after a failure.
     virtual void intact(Problems& problems) = 0;
     /// Whether all of the job is done.
@@ -66,6 +66,7 @@ protected:
 
     auttest::ClientRegistry m_registry;
     std::optional<auttest::TestFolder> m_folder;
+    bool m_failed = false; ///< the job has met a failure since it was prepared
 };
 
 /// The folder of the test programs.
