@@ -135,6 +135,16 @@ TEST_F(CReleaseRecord, EmptyOptionalTextsAreTildes)
     EXPECT_EQ(0, m_release->m_componentCount);
 }
 
+// Only the optional texts have a tilde; the reader takes the next word for an empty one of the others.
+TEST_F(CReleaseRecord, AnEmptyLanguageIsAnEmptyLineAndDoesNotReadBack)
+{
+    ReleaseProbe release(7, "m", "t", "p", "3.3", "B1", "", 2, 5, 1);
+    const std::string bytes = lines({"2", "B1", "7", "", "p", "3.3", "1", "5", "0", "~", "0", "0", "m", "t"});
+    EXPECT_EQ(bytes, m_file.write(release));
+    EXPECT_EQ(0, read(bytes));
+    EXPECT_TRUE(m_log.events().empty());
+}
+
 TEST_F(CReleaseRecord, TheCertificateIdIsStoredAsItIs)
 {
     ReleaseProbe release;

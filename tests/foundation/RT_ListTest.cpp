@@ -4,11 +4,11 @@
 
 #include <gtest/gtest.h>
 
+#include <memory>
 #include <string>
 #include <vector>
 
 using Texts = RT_List<String, String&>;
-using Pointers = RT_List<int*, int*>;
 
 AUT_LAYOUT_BEGIN
 template <> struct aut::LayoutOf<Texts>
@@ -140,20 +140,43 @@ TEST(RT_List, RemoveAtOfTheOnlyNodeLeavesNothing)
     EXPECT_TRUE(aut::LayoutOf<Texts>::endsAreNull(list));
 }
 
-TEST(RT_List, RemoveAllLeavesWhatPointersPointToAlone)
+/// Counts its own end: a block freed by mistake is often as readable as before.
+struct Counted
 {
-    int numbers[] = {1, 2, 3};
+    explicit Counted(int& ended) : m_ended(ended) {}
+    Counted(const Counted&) = delete;
+    Counted& operator=(const Counted&) = delete;
+    ~Counted() { ++m_ended; }
+
+private:
+    int& m_ended;
+};
+
+TEST(RT_List, RemovingLeavesWhatPointersPointToAlive)
+{
+    int ended = 0;
     {
-        Pointers list;
-        for (int& number : numbers)
-            list.AddTail(&number);
-        POSITION pos = list.GetHeadPosition();
-        EXPECT_EQ(&numbers[0], list.GetNext(pos));
-        list.RemoveAll();
-        EXPECT_TRUE(list.IsEmpty());
-        list.AddHead(&numbers[2]);
+        const auto first = std::make_unique<Counted>(ended);
+        const auto second = std::make_unique<Counted>(ended);
+        const auto third = std::make_unique<Counted>(ended);
+        {
+            RT_List<Counted*, Counted*> list;
+            for (Counted* const each : {first.get(), second.get(), third.get()})
+                list.AddTail(each);
+            POSITION pos = list.GetHeadPosition();
+            EXPECT_EQ(first.get(), list.GetNext(pos));
+            list.RemoveAll();
+            EXPECT_TRUE(list.IsEmpty());
+            EXPECT_EQ(0, ended);
+            list.AddHead(third.get());
+            EXPECT_EQ(third.get(), list.RemoveHead());
+            list.RemoveAt(list.AddTail(second.get()));
+            EXPECT_EQ(0, ended);
+            list.AddTail(first.get());
+        }
+        EXPECT_EQ(0, ended) << "the list's own end";
     }
-    EXPECT_EQ(3, numbers[2]);
+    EXPECT_EQ(3, ended);
 }
 
 TEST(RT_List, StoresAnEmptyStringAsAnEmptyString)

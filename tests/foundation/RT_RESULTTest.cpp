@@ -152,6 +152,20 @@ TEST(RT_RESULT, TheLeadCodeIsTheCallersOwn)
     EXPECT_EQ(-17, record.m_leadCode) << "no Set touches it";
 }
 
+TEST(RT_RESULT, NoSetTouchesTheSpareCodeDateOrPhase)
+{
+    RT_RESULT record;
+    readBack(record, "1234567890 4 a o f 1 2");
+    spareCodeOf(record) = 18;
+    record.Set(460, "act", "fun", "one", "two", 5, "obj");
+    record.Set(461, "act", "fun", "obj");
+    record.Set(462, "act", "fun", 7L, "obj");
+    record.Set(463, "act", "fun", "one", "two", "obj");
+    EXPECT_EQ(18, spareCodeOf(record));
+    EXPECT_EQ(1234567890, dateOf(record));
+    EXPECT_EQ(4U, record.GetPhase());
+}
+
 TEST(RT_RESULT, CopiesTheLeadCodeAndTheSpareCode)
 {
     RT_RESULT record;

@@ -473,7 +473,9 @@ TEST(String, MidKeepsItsOddBounds)
     EXPECT_STREQ("bcd", s.Mid(1));
     EXPECT_STREQ("", s.Mid(4));
     EXPECT_STREQ("", s.Mid(5));
-    EXPECT_STREQ("abcd", s.Mid(-1, 2));
+    for (const int count : {0, 1, 2, 4, 99, INT_MAX})
+        EXPECT_STREQ("abcd", s.Mid(-1, count)) << count;
+    EXPECT_STREQ("abcd", s.Mid(INT_MIN, 2));
     EXPECT_STREQ("ab", s.Mid(0, 2));
     EXPECT_STREQ("bc", s.Mid(1, 2));
     EXPECT_STREQ("cd", s.Mid(2, 10));

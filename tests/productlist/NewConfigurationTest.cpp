@@ -393,6 +393,17 @@ TEST_F(NewConfiguration, NoChangeChangesNothing)
     EXPECT_EQ(Events{}, log.events());
 }
 
+TEST_F(NewConfiguration, NoChangeStillSetsTheClock)
+{
+    fill();
+    EXPECT_EQ(0, check("<r><Status><OK/></Status><Data><NoChange><CurrentDateTime>2037-01-31 12:00</CurrentDateTime>"
+                       "</NoChange></Data></r>"));
+    expectUntouched();
+    EXPECT_FALSE(data.exists("productList.xml"));
+    EXPECT_EQ(Events{}, log.events());
+    EXPECT_GT(CRegConfig(true).GetWebConfDiffDate(), 0) << "the server is ahead";
+}
+
 class AnswerTime : public NewConfiguration, public ::testing::WithParamInterface<std::pair<const char*, const char*>>
 {
 };

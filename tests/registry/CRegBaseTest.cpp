@@ -68,6 +68,13 @@ TEST(CRegBase, OpenedReadOnlyLeavesAMissingKeyMissing)
     unsigned long number = 5;
     EXPECT_FALSE(key.QueryValue("Number", number));
     EXPECT_EQ(0u, number);
+    char buffer[260] = "before";
+    EXPECT_FALSE(key.QueryValue("Text", buffer));
+    EXPECT_STREQ("", buffer);
+    String text("before");
+    EXPECT_FALSE(key.QueryValue("Text", text));
+    EXPECT_STREQ("", text);
+    EXPECT_FALSE(registry.keyExists("Key")) << "nor does reading make it";
 }
 
 TEST(CRegBase, OpenedForWritingCreatesAMissingKeyWithItsParents)

@@ -253,6 +253,15 @@ TEST_F(CRegComponentTest, KeepsTwentyLevelsWhenNoMaximumIsSet)
     EXPECT_EQ(removed, setLevels(numbers(25)));
 }
 
+TEST_F(CRegComponentTest, KeepsAnOlderLevelThanTheTwentiethThatAProductUses)
+{
+    m_registry.write("Components\\Comp\\A", "ComponentVersion", "23");
+    EXPECT_EQ((Texts{"C:\\AU\\Components\\Comp\\21", "C:\\AU\\Components\\Comp\\22", "C:\\AU\\Components\\Comp\\24",
+                     "C:\\AU\\Components\\Comp\\25"}),
+              setLevels(numbers(25)));
+    EXPECT_EQ("1,2,3,4,5,6,7,8,9,10,11,12,13,14,15,16,17,18,19,20,23", storedLevels());
+}
+
 TEST_F(CRegComponentTest, KeepsAsManyLevelsAsTheMaximumSays)
 {
     m_key.SetMaxLevels(3);
