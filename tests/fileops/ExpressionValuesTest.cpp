@@ -327,6 +327,12 @@ TEST_F(IniBlock, KeepsTheCodePage)
     EXPECT_EQ("C:\\No\xEBl", evaluated(entry("\xC9t\xE9", "No\xEBl")));
 }
 
+TEST_F(IniBlock, NestedBracesAreOneBlockForTheFile)
+{
+    m_path = m_folder.writeFile("{a}.ini", "[{s{t}}]\r\n{k}=value\r\n");
+    EXPECT_EQ("<value>", evaluated("<" + entry("{s{t}}", "{k}") + ">"));
+}
+
 TEST_F(IniBlock, BlocksInAnEntryAreEvaluatedByTheNextRound)
 {
     const auttest::Variable own("AUT_OWN", "C:\\Own");

@@ -2,9 +2,14 @@
 #include "platform/UniqueResource.h"
 #include "tests/fileops/FileProbe.h"
 #include "tests/fileops/VersionedFile.h"
+#include "tests/support/ImportPatch.h"
 #include "tests/support/TestFolder.h"
 
 #include <gtest/gtest.h>
+
+#include <cstdio>
+#include <string>
+#include <vector>
 
 using auttest::FileProbe;
 using auttest::Version;
@@ -240,6 +245,29 @@ TEST_F(RT_FileVersions, EqualVersionAndTimeAreSummedOnlyForWhenDifferent)
     EXPECT_TRUE(m_file.IsDifferent(m_same, WHEN_DIFFERENT));
     EXPECT_FALSE(m_file.IsDifferent(m_same, WHEN_NEWER));
     EXPECT_FALSE(m_file.IsDifferent(m_same, WHEN_ALWAYS));
+}
+
+namespace
+{
+std::vector<std::string> g_summed;
+std::FILE* notesWhatIsSummed(const char* path, const char* mode)
+{
+    g_summed.emplace_back(path);
+    return std::fopen(path, mode);
+}
+} // namespace
+
+TEST_F(RT_FileVersions, EqualVersionAndTimeLeaveBothFilesUnreadForWhenNewer)
+{
+    setTime(m_file.GetFullPath(), 0);
+    setTime(m_same.GetFullPath(), 0);
+    const auttest::ImportPatch patch("fopen", notesWhatIsSummed);
+    g_summed.clear();
+    EXPECT_FALSE(m_file.IsDifferent(m_same, WHEN_NEWER));
+    EXPECT_EQ(std::vector<std::string>{}, g_summed);
+    EXPECT_FALSE(m_file.IsDifferent(m_same, WHEN_DIFFERENT));
+    EXPECT_EQ((std::vector<std::string>{std::string(m_file.GetFullPath()), std::string(m_same.GetFullPath())}),
+              g_summed);
 }
 
 // ---- Times and sums

@@ -40,23 +40,41 @@ TEST(CRegDataCaching, AnEntrysNameHasUpTo259Characters)
     EXPECT_EQ("", nameOf(10000, "C"));
 }
 
-TEST(CRegDataCaching, AnEntryWithoutANameHasNoTimeStamp)
+TEST(CRegDataCaching, AnEntryWhoseNameIsTooLongHasNoTimeStamp)
 {
     const ClientRegistry registry;
     const std::string cut(259, 'i');
     const std::string tooLong(260, 'i');
     registry.write(kKey, "", "of the default value");
     registry.write(kKey, cut.c_str(), "of another entry");
-    for (const char* id : {tooLong.c_str(), "", static_cast<const char*>(nullptr)})
+    for (const bool readOnly : {false, true})
     {
-        CRegDataCaching key("host", id, "Product", "", false);
-        EXPECT_STREQ("1980-01-01 00:00:00", key.GetTimeStamp());
-        String stamp("2010-04-01 12:00:00");
-        key.SetTimeStamp(stamp);
+        for (const char* component : {"", "Component"})
+        {
+            CRegDataCaching key("host", tooLong.c_str(), "Product", component, readOnly);
+            EXPECT_STREQ("1980-01-01 00:00:00", key.GetTimeStamp());
+            String stamp("2010-04-01 12:00:00");
+            key.SetTimeStamp(stamp);
+        }
     }
     EXPECT_EQ("of the default value", registry.readText(kKey, ""));
     EXPECT_EQ("of another entry", registry.readText(kKey, cut.c_str()));
     EXPECT_EQ(2u, registry.valueNames(kKey).size());
+}
+
+TEST(CRegDataCaching, WithoutIdAndComponentTheTimeStampIsTheDefaultValue)
+{
+    const ClientRegistry registry;
+    for (const char* id : {"", static_cast<const char*>(nullptr)})
+    {
+        CRegDataCaching key("host", id, "Product", "", false);
+        EXPECT_STREQ("", key.GetEntryName());
+        String stamp(id == nullptr ? "of null" : "2010-04-01 12:00:00");
+        key.SetTimeStamp(stamp);
+        EXPECT_STREQ(stamp, key.GetTimeStamp());
+        EXPECT_EQ(std::string(stamp), registry.readText(kKey, ""));
+    }
+    EXPECT_EQ(std::vector<std::string>{""}, registry.valueNames(kKey));
 }
 
 TEST(CRegDataCaching, ATimeStampIsReadAndWritten)

@@ -1,6 +1,8 @@
 #include "system/CProcessListManager.h"
 
+#include "foundation/RT_RESULT.h"
 #include "system/UserProcesses.h"
+#include "tests/support/LogFile.h"
 #include "tests/system/Processes.h"
 
 #include <gtest/gtest.h>
@@ -259,8 +261,10 @@ TEST(CProcessListManager, RefusesToCountWithoutACounter)
     EXPECT_FALSE(IsProcessRunning("system_tests.exe", nullptr, nullptr, true));
 }
 
-TEST(CProcessListManager, SkipsAProcessThatCannotBeRead)
+TEST(CProcessListManager, SkipsAProcessThatCannotBeReadInSilence)
 {
+    *result = RT_RESULT();
+    const LogFile log;
     const IdleProcesses idle("protected.exe");
     const Child readable = idle.start();
     const Child hidden = idle.start();
@@ -272,6 +276,8 @@ TEST(CProcessListManager, SkipsAProcessThatCannotBeRead)
     EXPECT_EQ(1, manager.IsProcessRunning("protected.exe", &count, &buffer));
     EXPECT_EQ(1, count);
     EXPECT_EQ(readable.pid(), ids[0]);
+    EXPECT_EQ(std::vector<LogEvent>{}, log.events());
+    EXPECT_EQ(0, result->GetStatusCode());
 }
 
 TEST(CProcessListManager, CountsTheProcessesOfAUser)

@@ -215,6 +215,25 @@ TEST_F(AUData, OfAnotherRequestThatIsUnderWayIsLeftToIt)
     EXPECT_EQ(Ids{kSecond}, asked());
 }
 
+TEST_F(AUData, InEmptyModeIsAskedForOnceWithAnEmptyCertificateId)
+{
+    std::snprintf(request.m_host, sizeof request.m_host, "%s", host.c_str());
+    std::snprintf(request.m_productName, sizeof request.m_productName, "Automatic Update");
+    answerFor("", configuration("T1"));
+    CCIDListManager& ids = request.m_certificateIds;
+    ASSERT_EQ(1, ids.InitManager(true));
+    for (ids.InitCIDLoop(); !ids.IsEndOfTheListReached();)
+    {
+        String id = ids.GetNextCID();
+        bool stop = false;
+        EXPECT_TRUE(request.IsAUDataUpdated(id, &stop));
+        EXPECT_TRUE(stop);
+    }
+    EXPECT_EQ((Ids{""}), asked());
+    EXPECT_NE(std::string::npos, target().find("?CertificateID=&")) << target();
+    EXPECT_EQ("T1", stampOf(""));
+}
+
 TEST_F(AUData, TheAnswerToOneCertificateIdIsJudgedByItsTimeStamps)
 {
     std::snprintf(request.m_host, sizeof request.m_host, "%s", host.c_str());

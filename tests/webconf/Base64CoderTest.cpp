@@ -144,6 +144,12 @@ TEST(Base64Coder, DecodesACharacterWithItsTopBitSetAlike)
     for (char& character : text)
         character = static_cast<char>(character | '\x80');
     EXPECT_EQ("fo", decode(text));
+
+    const std::string alphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+    std::string high = alphabet;
+    for (char& character : high)
+        character = static_cast<char>(character | '\x80');
+    EXPECT_EQ(decode(alphabet), decode(high));
 }
 
 TEST(Base64Coder, DecodesAGroupThatIsCutOff)

@@ -226,6 +226,11 @@ TEST_F(DataCachingRequest, ARefusedCertificateIdIsCachedAndAsksForEverythingNext
     EXPECT_EQ("Nothing In Cache.", timeStamp());
     EXPECT_EQ((Events{{"Warning", prefix() + " Web Configurator returned an error"}}), log.events());
     EXPECT_EQ(0u, failures());
+
+    EXPECT_EQ(0, transmit());
+    ASSERT_EQ(2u, server->requests().size());
+    EXPECT_NE(std::string::npos, target(0).find("&TimeStamp=2026-01-01%2000:00:00")) << target(0);
+    EXPECT_NE(std::string::npos, target(1).find("&TimeStamp=1980-01-01%2000:00:00")) << target(1);
 }
 
 /// After each of these the cache is as it was.
