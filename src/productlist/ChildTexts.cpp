@@ -3,29 +3,49 @@
 #include <cassert>
 #include <cstring>
 #include <string>
+#include <utility>
 
 namespace aut
 {
-ChildTexts::ChildTexts(IXMLDOMNode* element, std::initializer_list<const char*> names)
+ChildTexts::ChildTexts(IXMLDOMNode* element, std::initializer_list<const char*> names, const char* branch)
+    : m_children(element), m_branch(branch)
 {
     m_fields.reserve(names.size());
     for (const char* const name : names)
         m_fields.push_back(Field{name, false, std::string()});
 
-    XmlChildren children(element);
     std::size_t missing = m_fields.size();
     while (missing > 0)
     {
-        const XmlNodePtr child = children.next();
+        XmlNodePtr child = m_children.next();
         if (child == nullptr)
             return;
-        Field* const field = findWanted(XmlName(child.Get()));
-        if (field == nullptr || !isXmlElement(child.Get()))
+        const XmlName name(child.Get());
+        Field* const field = findWanted(name);
+        if (field == nullptr)
+        {
+            keepBranch(name, child);
+            continue;
+        }
+        if (!isXmlElement(child.Get()))
             continue;
         field->text = xmlShortText(child.Get());
         field->found = true;
         --missing;
     }
+}
+
+const std::vector<XmlNodePtr>& ChildTexts::branches()
+{
+    while (XmlNodePtr child = m_children.next())
+        keepBranch(XmlName(child.Get()), child);
+    return m_branches;
+}
+
+void ChildTexts::keepBranch(const XmlName& name, XmlNodePtr& child)
+{
+    if (m_branch != nullptr && name == m_branch && isXmlElement(child.Get()))
+        m_branches.push_back(std::move(child));
 }
 
 const char* ChildTexts::operator[](const char* name) const

@@ -18,11 +18,15 @@ namespace aut
 class ChildTexts
 {
 public:
-    /// The names must outlive the object. Raises.
-    ChildTexts(IXMLDOMNode* element, std::initializer_list<const char*> names);
+    /// The names must outlive the object. `branch` names the child elements that `branches` gives. Raises.
+    ChildTexts(IXMLDOMNode* element, std::initializer_list<const char*> names, const char* branch = nullptr);
 
     /// The text of one of the names given; "" when there is no such child.
     const char* operator[](const char* name) const;
+
+    /// The child elements of the branch's name, in document order. The walk goes on from where the last text was
+    /// found, so that no child is visited twice. Raises.
+    const std::vector<XmlNodePtr>& branches();
 
 private:
     struct Field
@@ -32,8 +36,13 @@ private:
         std::string text;
     };
     Field* findWanted(const XmlName& name);
+    /// Keeps the child when it is a branch.
+    void keepBranch(const XmlName& name, XmlNodePtr& child);
 
+    XmlChildren m_children; ///< behind the last child that was visited
     std::vector<Field> m_fields;
+    const char* m_branch;
+    std::vector<XmlNodePtr> m_branches;
 };
 
 /// The child elements of one name, in document order. Raises.

@@ -34,6 +34,26 @@ bool isWord(const char* text, const char* word) { return ::_stricmp(text, word) 
 
 int toFlag(const char* text) { return isWord(text, "TRUE") ? 1 : 0; }
 
+/// The texts of a release, and where its components are.
+aut::ChildTexts releaseTexts(IXMLDOMNode* product)
+{
+    return aut::ChildTexts(product,
+                           {"ProductReleaseID", "Name", "Language", "Version", "Build", "Action", "StartDate",
+                            "PreInstallOnly", "NoDownload", "MarketingName", "TechnicalName"},
+                           "ComponentList");
+}
+
+void setRelease(const aut::ChildTexts& product, CRelease& release)
+{
+    const int enabled = isWord(product["Action"], "DISABLE") ? 0 : 1;
+    const int noRestriction = 0;
+    release.InitValues(toId(product["ProductReleaseID"]), product["MarketingName"], product["TechnicalName"],
+                       product["Name"], product["Version"], product["Build"], product["Language"], product["Action"],
+                       product["StartDate"], enabled, noRestriction, noRestriction, false, false, false);
+    release.SetNoDownload(toFlag(product["NoDownload"]));
+    release.SetPreInstallOnly(toFlag(product["PreInstallOnly"]));
+}
+
 /// Records that a certificate asked for this version of the product: one value per certificate, the full version as
 /// the key's default value.
 ///
@@ -72,14 +92,15 @@ try
     while (const XmlNodePtr product = products.next())
     {
         auto parsed = std::make_unique<CRelease>();
-        SetReleaseAttributes(product, parsed.get());
+        aut::ChildTexts texts = releaseTexts(product.Get()); // as SetReleaseAttributes, which leaves no way on
+        setRelease(texts, *parsed);
         list->AddTail(parsed.get());
         CRelease* const release = parsed.release(); // the list's owner has it now
         release->SetCertificateID(certificateId);
         if (!certificateId.IsEmpty())
             recordVersion(*release, certificateId);
 
-        for (const XmlNodePtr& componentList : aut::childElements(product.Get(), "ComponentList"))
+        for (const XmlNodePtr& componentList : texts.branches())
             for (const XmlNodePtr& element : aut::childElements(componentList.Get(), "Component"))
             {
                 auto component = std::make_unique<CComponent>();
@@ -102,16 +123,7 @@ catch (const std::bad_alloc&)
 
 int phase1xml::SetReleaseAttributes(XmlNodePtr node, CRelease* release)
 {
-    const aut::ChildTexts product(node.Get(),
-                                  {"ProductReleaseID", "Name", "Language", "Version", "Build", "Action", "StartDate",
-                                   "PreInstallOnly", "NoDownload", "MarketingName", "TechnicalName"});
-    const int enabled = isWord(product["Action"], "DISABLE") ? 0 : 1;
-    const int noRestriction = 0;
-    release->InitValues(toId(product["ProductReleaseID"]), product["MarketingName"], product["TechnicalName"],
-                        product["Name"], product["Version"], product["Build"], product["Language"], product["Action"],
-                        product["StartDate"], enabled, noRestriction, noRestriction, false, false, false);
-    release->SetNoDownload(toFlag(product["NoDownload"]));
-    release->SetPreInstallOnly(toFlag(product["PreInstallOnly"]));
+    setRelease(releaseTexts(node.Get()), *release);
     return 1;
 }
 
