@@ -50,6 +50,25 @@ if(MINGW AND NOT AUTOOLS_RUNTIME_DLLS)
     ${compilerFolder}/libc++.dll ${compilerFolder}/libunwind.dll)
 endif()
 
+# What a compiler brings carries its debug symbols, of ten times the size of the rest: those stay with the compiler. Each
+# program that loads the runtime would read them too where the system does not load files page by page.
+if(MINGW)
+  find_program(AUTOOLS_OBJCOPY NAMES x86_64-w64-mingw32-objcopy objcopy)
+endif()
+if(AUTOOLS_OBJCOPY)
+  set(runtimeFolder ${PROJECT_BINARY_DIR}/runtime)
+  file(MAKE_DIRECTORY ${runtimeFolder})
+  set(compilersOwn ${AUTOOLS_RUNTIME_DLLS})
+  set(AUTOOLS_RUNTIME_DLLS "")
+  foreach(dll IN LISTS compilersOwn)
+    get_filename_component(name ${dll} NAME)
+    # With its dates: the same bytes, whenever it is done.
+    execute_process(COMMAND ${AUTOOLS_OBJCOPY} --strip-all --preserve-dates ${dll} ${runtimeFolder}/${name}
+      COMMAND_ERROR_IS_FATAL ANY)
+    list(APPEND AUTOOLS_RUNTIME_DLLS ${runtimeFolder}/${name})
+  endforeach()
+endif()
+
 # autools_deploy_runtime(target): puts the shared C++ runtime beside the programs (once for the folder `bin`).
 function(autools_deploy_runtime)
   foreach(dll IN LISTS AUTOOLS_RUNTIME_DLLS)

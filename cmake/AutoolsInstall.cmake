@@ -9,10 +9,6 @@ include(CMakePackageConfigHelpers)
 
 # A command that signs the file given as its last argument, in place; program and arguments as a list. Empty: nothing is signed.
 set(AUTOOLS_SIGN_COMMAND "" CACHE STRING "Command that signs each installed program and library of ours")
-if(MINGW)
-  find_program(AUTOOLS_OBJCOPY NAMES x86_64-w64-mingw32-objcopy objcopy)
-endif()
-
 set(packageDir ${CMAKE_INSTALL_LIBDIR}/cmake/7xAutoUpdateTools)
 
 # Installs the finished program or library of a target, and its symbols.
