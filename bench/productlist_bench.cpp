@@ -171,6 +171,16 @@ double secondsForRegistryCalls(int products)
         });
 }
 
+/// Seconds of one run for few. Ten of them take as long as one for many: so whatever else the machine does meets both.
+template <typename Work> double averageOfTen(Work&& work)
+{
+    constexpr int kRuns = kMany / kFew;
+    double seconds = 0;
+    for (int run = 0; run < kRuns; ++run)
+        seconds += work();
+    return seconds / kRuns;
+}
+
 /// Times of many against few.
 void linear(const char* what, const bench::Times& times)
 {
@@ -193,11 +203,13 @@ int main()
         {
             bench::addRound(
                 loading, [&] { return many->secondsToParse(""); }, [&] { return many->secondsToLoad(); });
-            parsing.theirs = std::min(parsing.theirs, few->secondsToParse(""));
+            parsing.theirs = std::min(parsing.theirs, averageOfTen([&] { return few->secondsToParse(""); }));
             bench::addRound(
-                saving, [&] { return many->secondsToSave(); }, [&] { return few->secondsToSave(); });
+                saving, [&] { return many->secondsToSave(); },
+                [&] { return averageOfTen([&] { return few->secondsToSave(); }); });
             bench::addRound(
-                serialising, [&] { return many->secondsToSerialise(); }, [&] { return few->secondsToSerialise(); });
+                serialising, [&] { return many->secondsToSerialise(); },
+                [&] { return averageOfTen([&] { return few->secondsToSerialise(); }); });
         }
         parsing.ours = loading.ours;
         bench::atMost("ParseXMLDocument, 50,000 products; loadXML of the same text", loading, 1.3);
@@ -206,14 +218,18 @@ int main()
         linear("serialising 50,000 products; 5,000", serialising);
 
         many->secondsToParse(kCertificate); // makes the keys, which stay from one cycle to the next
+        // Parsing the document is no work for the certificate ID: it is taken off, as measured in the same turns.
         bench::Times recording;
+        double parsingAlone = 1e9;
         for (int round = 0; round < bench::rounds(); ++round)
+        {
+            parsingAlone = std::min(parsingAlone, many->secondsToParse(""));
             bench::addRound(
                 recording, [&] { return many->secondsToParse(kCertificate); },
                 [] { return secondsForRegistryCalls(kMany); });
+        }
         bench::Times added = recording;
-        added.ours -= loading.ours;
-        bench::atMost("ParseXMLDocument with a CID, all of it; bare registry calls", recording, 1.15);
+        added.ours -= parsingAlone;
         bench::atMost("ParseXMLDocument with a CID, what the CID adds; bare registry calls", added, 1.15);
     }
     ::CoUninitialize();

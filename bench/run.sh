@@ -10,7 +10,7 @@ cd "$(dirname "$(readlink -f "$0")")/.."
 tree=$PWD/build/mingw-release
 wine=$PWD/tests/support/wine
 cmake --preset mingw-release -DAUTOOLS_BUILD_BENCH=ON >/dev/null
-ninja -C "$tree" bench/all msxmlfront >/dev/null
+ninja -C "$tree" bench/all msxmlfront 7xFileTransfer >/dev/null
 if [ $# -eq 0 ]; then
     set -- $(sed -n 's/^autools_add_bench(\([a-z0-9_]*\).*/\1/p' bench/CMakeLists.txt)
 fi
@@ -22,11 +22,18 @@ memory=/dev/shm
 prefix=$(mktemp -d "$memory/autools-bench-XXXXXX")
 trap '"$wine/prefix.sh" remove "$prefix/prefix"; rm -rf "$prefix"' EXIT
 "$wine/prefix.sh" create "$prefix/prefix" "$tree/bin/msxmlfront.dll"
+# Loading is measured of what is installed: without the debug symbols.
+cmake --install "$tree" --component runtime --prefix "$prefix/installed" >/dev/null
+objcopy=$(sed -n 's/^AUTOOLS_OBJCOPY:FILEPATH=//p' "$tree/CMakeCache.txt")
+"$objcopy" --strip-all "$tree/bin/look_ups.dll" "$prefix/installed/bin/look_ups.dll"
+cp "$tree/bin/load_bench.exe" "$prefix/installed/bin"
 : >"$prefix/figures"
 export AUTOOLS_FIGURES="Z:$prefix/figures"
 status=0
 for name in "$@"; do
-    "$wine/wine-run.sh" "$prefix/prefix" "$tree/bin/$name.exe" </dev/null >"$prefix/output" 2>&1 || {
+    program=$tree/bin/$name.exe
+    [ "$name" != load_bench ] || program=$prefix/installed/bin/$name.exe
+    "$wine/wine-run.sh" "$prefix/prefix" "$program" </dev/null >"$prefix/output" 2>&1 || {
         status=1
         # A measurement that was made is in the table; anything else says here what went wrong.
         grep -v '|kept$\||MISSED$' "$prefix/output" || true
