@@ -153,7 +153,10 @@ Outcome processRelease(CRelease& release, const Settings& settings, const Client
         UpdateCertificatesForInstalledProduct(&release, installed);
     }
     if (outcome == Outcome::failed)
+    {
         releaseStep("failed", "nothing is recorded of it; the next cycle tries again");
+        Log(2, "Update cycle: %s %s failed, the next cycle tries again", release.GetName(), release.GetFullVersion());
+    }
     return outcome;
 }
 } // namespace updatecycle

@@ -3,6 +3,7 @@
 #include <7xAutoUpdateTools.h>
 
 #include <cstdio>
+#include <cstring>
 
 namespace updatecycle
 {
@@ -18,7 +19,13 @@ void say(const char* indent, const char* what, const std::string& text)
 
 void releaseStep(const char* what, const std::string& text) { say("  ", what, text); }
 
-void componentStep(const char* what, const std::string& text) { say("    ", what, text); }
+/// A failure is in the event log as well: nobody watches a service, and the library does not log what it returns.
+void componentStep(const char* what, const std::string& text)
+{
+    say("    ", what, text);
+    if (std::strcmp(what, "failed") == 0)
+        Log(2, "Update cycle: %s", text.c_str());
+}
 
 std::string lastFailure()
 {

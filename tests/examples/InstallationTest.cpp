@@ -333,6 +333,9 @@ TEST_F(Installation, WhatDoesNotComeLeavesTheProductUnrecordedAndIsTriedAgain)
                            "/Depot/LedgerServer/7.0.12B1_EN/LedgerServer.dll does not come: transfer status 13404",
                        "  failed       nothing is recorded of it; the next cycle tries again"}));
     expectOutput("0 done, 0 nothing to do, 0 later, 1 failed\r\n");
+    expectOutput("Update cycle: http://" + server->host() +
+                 "/Depot/LedgerServer/7.0.12B1_EN/LedgerServer.dll does not come: transfer status 13404\r\n");
+    expectOutput("Update cycle: Ledger 7.0.12B1_EN failed, the next cycle tries again\r\n");
     EXPECT_EQ("", productVersion("Ledger"));
     EXPECT_FALSE(folder.exists("Components\\LedgerServer")); // whole or not at all
     EXPECT_FALSE(folder.exists("Download\\LedgerServer"));

@@ -71,6 +71,7 @@ TEST(AutoolExplain, ATransferStatusIsTakenApart)
     EXPECT_NE(std::string::npos, runAutool({"explain", "13404"}).out.find("This is HTTP status 404."));
     EXPECT_NE(std::string::npos, runAutool({"explain", "100002"}).out.find("ERROR_FILE_NOT_FOUND"));
     EXPECT_NE(std::string::npos, runAutool({"explain", "12029"}).out.find("ERROR_INTERNET_CANNOT_CONNECT"));
+    EXPECT_EQ(std::string::npos, runAutool({"explain", "12029"}).out.find(". (ERROR_"));
 }
 
 TEST(AutoolExplain, ALogTextIsFoundAsItWasWritten)

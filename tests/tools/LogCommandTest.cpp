@@ -71,6 +71,8 @@ TEST_F(LogCommand, FiltersByTimeTypeAndText)
     const AutoolRun types = run({"--type", "warning,ERROR"});
     EXPECT_NE(std::string::npos, types.out.find("Reboot Needed")) << types.out;
     EXPECT_EQ(std::string::npos, types.out.find("revoked"));
+    EXPECT_NE(std::string::npos, types.out.find("Shown: 2.")) << types.out;
+    EXPECT_EQ(std::string::npos, run({}).out.find("Shown: "));
     const AutoolRun text = run({"--text", "REVOKED"});
     EXPECT_NE(std::string::npos, text.out.find("revoked")) << text.out;
     EXPECT_EQ(std::string::npos, text.out.find("Reboot Needed"));
@@ -89,7 +91,14 @@ TEST_F(LogCommand, WrongValuesAreUsageErrors)
         EXPECT_EQ(2, shown.code) << wrong[0];
         EXPECT_NE("", shown.error) << wrong[0];
     }
-    EXPECT_EQ(3, runAutool({"log", "--file", m_folder / "none.xml"}).code);
+    const AutoolRun unknown = run({"--type", "Eror"});
+    EXPECT_NE(std::string::npos, unknown.error.find("\"Eror\" is no type: write Info, ")) << unknown.error;
+    for (const std::string& each : linesOf(unknown.error))
+        EXPECT_LE(displayWidth(each), 100U) << each;
+    const std::string none = m_folder / "none.xml";
+    const AutoolRun missing = runAutool({"log", "--file", none});
+    EXPECT_EQ(3, missing.code);
+    EXPECT_NE(std::string::npos, missing.error.find(none + " is neither a log nor a folder with one")) << missing.error;
 }
 
 TEST_F(LogCommand, ACutFileIsShownAsFarAsItGoesAndCounted)

@@ -31,6 +31,14 @@ TEST(AutoolProgram, WrongUsageIsTwoAndSaidOnTheErrorStream)
     }
 }
 
+TEST(AutoolProgram, AnUnknownCommandIsNamedWithThoseThereAre)
+{
+    const AutoolRun run = runAutool({"nonsense", "5"});
+    EXPECT_EQ(2, run.code);
+    EXPECT_EQ(0U, run.error.find("autool: there is no command \"nonsense\", but check, explain, log, plan, state\n"))
+        << run.error;
+}
+
 TEST(AutoolProgram, AFileGetsUtf8WithoutColours)
 {
     const AutoolRun run = runAutoolProgram("explain 2");

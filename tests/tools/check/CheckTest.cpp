@@ -237,7 +237,9 @@ TEST_F(CheckCommand, FindsCertificates)
     const auttest::InstalledCertificate certificate(auttest::Store::user, {"Name", "B", "C", "Unit", "QUJDREVGR0hJ"});
     expect("CERTIFICATES", "pass Certificate IDs: 1 in the certificate stores (first QUJDREVGR0hJ)");
     registry.write("Config\\Cache\\Certificates\\QUJDREVGR0hJ", "Status", "Revoked");
-    expect("CERTIFICATES", "warn The Web Configurator has refused the IDs of 1 certificate of this machine.");
+    const nlohmann::json found = checks();
+    expect("CERTIFICATES", "warn The Web Configurator has refused the IDs of 1 certificate of this machine.", found);
+    EXPECT_NE(std::string::npos, found.dump().find("No other certificate of this machine or user has an ID")) << found;
 }
 
 TEST_F(CheckCommand, CountsIdsThatAreKeptInTheRegistry)
@@ -253,7 +255,7 @@ TEST_F(CheckCommand, FindsMarksOfADeadProcess)
     expect("MARK-CONFIG", "pass ", found);
     expect("MARK-PROGRESS", "pass ", found);
     registry.write("Config\\Cache\\UpdatingConfigs\\Ledger\\server", "CID__config", "updating");
-    expect("MARK-CONFIG", "fail A process ended while it asked for Ledger\\server\\CID__config");
+    expect("MARK-CONFIG", "fail A request for Ledger\\server\\CID__config was noted ");
     registry.write("IN_PROGRESS", "Phase", DWORD{3});
     expect("MARK-PROGRESS", "warn IN_PROGRESS says phase 3, but AutoUpdate.exe does not run");
     registry.write("IN_PROGRESS", "Phase", "three");

@@ -359,6 +359,18 @@ TEST_F(StateCommand, ShowsWhatCameWentAndChanged)
               found);
 }
 
+TEST_F(StateCommand, AKeyThatGetsItsFirstValueDoesNotGo)
+{
+    registry.write("Config\\Cache\\Marks", "Mark", "x");
+    registry.removeValue("Config\\Cache\\Marks", "Mark");
+    const std::string file = saved("empty.json");
+    registry.write("Config\\Cache\\Marks", "Mark", "x");
+    const auto json = parsed(runAutoolProgram("state --json --compare \"" + file + "\""));
+    ASSERT_EQ(2U, json["differences"].size()) << json.dump();
+    for (const auto& difference : json["differences"])
+        EXPECT_NE(std::string::npos, difference["where"].get<std::string>().find(" > Mark > ")) << difference.dump();
+}
+
 TEST_F(StateCommand, RefusesWhatIsNoEarlierState)
 {
     const auto refusal = [&](const std::string& path)

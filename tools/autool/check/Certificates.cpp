@@ -109,7 +109,8 @@ void checkCertificates(CheckList& list)
                      shortened(fromSystem(*found.ids.begin()), 40) + "), " + inRegistry + ".");
     else
         list.add("CERTIFICATES", stored > 0 ? Verdict::pass : Verdict::warn,
-                 "No certificate of this machine or user has an ID, " + inRegistry +
+                 std::string("No ") + (found.revoked.empty() ? "" : "other ") +
+                     "certificate of this machine or user has an ID, " + inRegistry +
                      (stored > 0 ? "." : ": the Web Configurator does not know this machine."));
 }
 } // namespace autool

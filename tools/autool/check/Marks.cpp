@@ -57,8 +57,9 @@ void checkConfigurationMarks(CheckList& list, bool isRunning)
         const bool isDead = !isRunning || age > kLongestRequestSeconds;
         list.add(
             "MARK-CONFIG", isDead ? Verdict::fail : Verdict::warn,
-            isDead ? "A process ended while it asked for " + mark.place + " " + ageText(age) +
-                         " ago: until that value of Config\\Cache\\UpdatingConfigs is deleted, every request gives 18."
+            isDead ? "A request for " + mark.place + " was noted " + ageText(age) + " ago, " +
+                         (isRunning ? "longer than any takes" : "and AutoUpdate.exe does not run") +
+                         ": until that value of Config\\Cache\\UpdatingConfigs is deleted, every such request gives 18."
                    : "A request for " + mark.place + " is under way.");
     }
     if (marks.empty())

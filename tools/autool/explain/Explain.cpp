@@ -57,7 +57,10 @@ std::string textOf(const SystemError& error)
 {
     if (error.text.empty())
         return error.name;
-    return error.text + (error.name.empty() ? "" : " (" + error.name + ")");
+    if (error.name.empty())
+        return error.text;
+    const std::size_t end = error.text.find_last_not_of('.');
+    return error.text.substr(0, end + 1) + " (" + error.name + ")"; // npos + 1 is 0
 }
 
 /// What a number of a range says beyond its range.

@@ -118,7 +118,8 @@ ExplanationRows configurationLogRows()
                 "The old configuration stays; the new one is fetched again.", kRightsOrDisk),
         logText("Warning", "AU Data: No data returned by Web Conf because of no ID deployments",
                 "the client's own configuration", "No certificate ID of this machine got a configuration.",
-                "The server's operator must deploy one; see the events before."),
+                "When the events before tell of a server that was not reached: see to that. Else the server's operator "
+                "must deploy one."),
         logText("Warning", "DataCaching : Error during CIDs list manager initialization",
                 "the client's own configuration", "No certificate ID was found.",
                 "Install a certificate of the maker in the store MY."),

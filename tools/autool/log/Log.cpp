@@ -77,6 +77,8 @@ void readAll(std::vector<LogPart>& parts, const std::function<void(const LogEven
 int showLog(const LogOptions& options, Console& console)
 {
     LogSource source = findLog(options);
+    if (source.parts.empty() && !options.file.empty())
+        throw std::runtime_error(printable(options.file) + " is neither a log nor a folder with one");
     if (source.parts.empty())
         throw std::runtime_error("there is no log in " + (source.folder.empty() ? "the data folder, which is not set"
                                                                                 : printable(source.folder)));
@@ -159,6 +161,18 @@ const std::vector<std::string> kTypes = {
     "Info",       "Warning",    "Error",        "Phase1_Start", "Phase2_Start",         "Phase3_Start",  "Phase1_End",
     "Phase2_End", "Phase3_End", "Send_Reports", "Reports_Sent", "Main_Window_Creation", kEnvironmentType};
 
+std::string checkType(std::string& text) // as CLI11 calls it; the text stays
+{
+    std::string known;
+    for (const std::string& type : kTypes)
+    {
+        if (lowerCase(type) == lowerCase(text))
+            return {};
+        known += (known.empty() ? "" : ", ") + type;
+    }
+    return "\"" + text + "\" is no type: write " + known;
+}
+
 std::string checkSince(std::string& text)
 {
     return parseSince(text, localNow())
@@ -192,7 +206,7 @@ void addLog(CLI::App& program, Action& action)
     user->excludes(file)->option_text(" ");
     file->option_text("PATH");
     since->check(CLI::Validator(checkSince, "", "time"))->option_text("TIME");
-    types->delimiter(',')->check(CLI::IsMember(kTypes, CLI::ignore_case))->option_text("TYPE");
+    types->delimiter(',')->check(CLI::Validator(checkType, "", "type"))->option_text("TYPE");
     text->option_text("TEXT");
     seconds->needs(follow)->check(CLI::PositiveNumber)->option_text("SECONDS");
     follow->option_text(" ");

@@ -46,6 +46,7 @@ public:
         if (part.name != m_file && m_files != 1)
             m_console.line(m_console.styled(Style::Dim, "-- " + printable(part.name)));
         m_file = part.name;
+        ++m_shown;
         const Style style = styleOf(event);
         std::string text = event.text;
         if (text.size() > kMaxShownText)
@@ -66,7 +67,8 @@ public:
         if (study.first() && study.last())
             range = " from " + shownTime(*study.first()) + " to " + shownTime(*study.last());
         printParagraph(m_console, "",
-                       counted(study.events(), "event") + range + (counts.empty() ? "" : ": ") + counts + ".");
+                       counted(study.events(), "event") + range + (counts.empty() ? "" : ": ") + counts + "." +
+                           (m_shown == study.events() ? "" : " Shown: " + std::to_string(m_shown) + "."));
         if (study.findings().empty())
             return;
         m_console.line();
@@ -80,6 +82,7 @@ private:
     Table m_table;
     std::string m_file;
     std::size_t m_files = 0;
+    std::uint64_t m_shown = 0;
 };
 } // namespace
 

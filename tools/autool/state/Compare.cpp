@@ -44,6 +44,16 @@ void flatten(const Json& json, const std::string& where, bool isSecret, const Se
     places.emplace_back(where, isSecret && !isName && !json.is_boolean() ? kHidden : secrets.mask(textOf(json)));
 }
 
+/// A key that has got its first value, or lost its last one, is still there: its values are what came or went.
+bool isOnlyEmpty(const std::string& where, const std::string& text, const std::map<std::string, std::string>& other)
+{
+    if (text != "{}")
+        return false;
+    const std::string below = where + kStep;
+    const auto next = other.lower_bound(below);
+    return next != other.end() && next->first.compare(0, below.size(), below) == 0;
+}
+
 bool isTimeOfState(const std::string& where) { return where == "time"; }
 } // namespace
 
@@ -82,11 +92,12 @@ std::vector<Difference> compareStates(const Json& then, const Json& now, const S
     for (const auto& [where, text] : before)
     {
         const auto found = afterByPlace.find(where);
-        if (!isTimeOfState(where) && (found == afterByPlace.end() || found->second != text))
+        const bool isSame = found != afterByPlace.end() && found->second == text;
+        if (!isTimeOfState(where) && !isSame && !isOnlyEmpty(where, text, afterByPlace))
             differences.push_back({where, text, found == afterByPlace.end() ? "" : found->second});
     }
     for (const auto& [where, text] : after)
-        if (!isTimeOfState(where) && beforeByPlace.count(where) == 0)
+        if (!isTimeOfState(where) && beforeByPlace.count(where) == 0 && !isOnlyEmpty(where, text, beforeByPlace))
             differences.push_back({where, "", text});
     std::stable_sort(differences.begin(), differences.end(),
                      [](const Difference& left, const Difference& right) { return left.where < right.where; });
