@@ -1,6 +1,7 @@
 #include "environment/ClientFolders.h"
 
 #include "foundation/RT_RESULT.h"
+#include "foundation/WholeText.h"
 #include "platform/BoundedText.h"
 #include "platform/UniqueResource.h"
 #include "registry/CRegAutoUpdate.h"
@@ -8,6 +9,7 @@
 
 #include <shlobj.h>
 
+#include <cstddef>
 #include <cstring>
 
 namespace
@@ -39,10 +41,10 @@ void GetAUDataPath(String& path, int perUser)
     char folder[MAX_PATH] = "";
     if (perUser != 0 && userDataFolder(folder))
     {
-        path = folder;
-        path.TrimLeft('\\');
-        path.TrimRight('\\');
-        path += kUserDataFolder;
+        const char* const start = folder + std::strspn(folder, "\\");
+        for (std::size_t end = std::strlen(folder); end > 0 && folder[end - 1] == '\\'; --end)
+            folder[end - 1] = '\0';
+        path = aut::wholeText({start, kUserDataFolder});
         return;
     }
     path = CRegAutoUpdate(true).GetDataPath();

@@ -14,11 +14,11 @@ SRWLOCK g_failureLock = SRWLOCK_INIT;
 Path g_lastFailure = ""; ///< the path that failed last, so that repeated failures are logged once
 
 /// Sets `path` to "folder\name" and loads it. A path that does not fit is never loaded: cut, it would name another
-/// file.
+/// file. Nor is one without a folder, for which memory ran out: it would lie in the root of the current drive.
 HMODULE loadFrom(Path& path, const char* folder, const char* name)
 {
     const bool fits = aut::formatText(path, sizeof path, "%s\\%s", folder, name);
-    return fits ? ::LoadLibraryExA(path, nullptr, LOAD_WITH_ALTERED_SEARCH_PATH) : nullptr;
+    return fits && *folder != '\0' ? ::LoadLibraryExA(path, nullptr, LOAD_WITH_ALTERED_SEARCH_PATH) : nullptr;
 }
 
 HMODULE loadBare(Path& path, const char* name)

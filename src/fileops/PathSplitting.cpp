@@ -97,12 +97,16 @@ void joinPath(const String& drive, const String& server, String& path, const Str
     if (path.IsEmpty() && name.IsEmpty())
         return;
     path = fullPath;
+    const bool isWhole = path.GetLength() == fullPath.GetLength();
     if (!name.IsEmpty())
     {
         fullPath += '\\';
         fullPath += name;
     }
-    if (fullPath.GetLength() != length)
+    if (!isWhole || fullPath.GetLength() != length)
+    {
+        path.Empty();
         fullPath.Empty();
+    }
 }
 } // namespace aut

@@ -29,8 +29,26 @@ RT_Dir::RT_Dir(const String& parent, const String& name)
     SetFullPath(parent, name);
 }
 
-RT_Dir::RT_Dir(const RT_Dir& other) = default;
-RT_Dir& RT_Dir::operator=(const RT_Dir& other) = default;
+RT_Dir::RT_Dir(const RT_Dir& other)
+{
+    InitMembers();
+    *this = other;
+}
+
+RT_Dir& RT_Dir::operator=(const RT_Dir& other)
+{
+    m_drive = other.m_drive;
+    m_server = other.m_server;
+    m_path = other.m_path;
+    m_dirName = other.m_dirName;
+    m_fullPath = other.m_fullPath;
+    const auto isWhole = [](const String& copy, const String& text) { return copy.GetLength() == text.GetLength(); };
+    if (!isWhole(m_drive, other.m_drive) || !isWhole(m_server, other.m_server) || !isWhole(m_path, other.m_path) ||
+        !isWhole(m_dirName, other.m_dirName))
+        m_fullPath.Empty(); // a directory that lost its name would be copied and moved onto its target's parent
+    return *this;
+}
+
 RT_Dir::~RT_Dir() = default;
 
 void RT_Dir::InitMembers()
@@ -58,8 +76,11 @@ void RT_Dir::SetFullPath(const String& fullPath)
 
 void RT_Dir::SetFullPath(const String& parent, const String& name)
 {
+    const int length = name.GetLength();
     m_dirName = name; // first, so that it stands even when the parent is refused
-    if (Initialize(parent))
+    if (m_dirName.GetLength() != length)
+        m_fullPath.Empty(); // without its name, this would be the parent
+    else if (Initialize(parent))
         aut::joinPath(m_drive, m_server, m_path, m_dirName, m_fullPath);
 }
 

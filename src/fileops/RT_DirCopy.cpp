@@ -2,6 +2,7 @@
 #include "fileops/DirectoryWalk.h"
 #include "fileops/RT_Dir.h"
 #include "fileops/RT_File.h"
+#include "foundation/WholeText.h"
 
 #include <windows.h>
 
@@ -122,7 +123,7 @@ bool isLink(const char* path) { return kindOf(path) == PathKind::Link; }
 
 int RT_Dir::CopyTo(const String& destination, OVERWRITEFLAG overwrite)
 {
-    RT_Dir target(destination + '\\' + m_dirName);
+    RT_Dir target(aut::wholeText({destination, "\\", m_dirName}));
     if (!IsExisting() || target.m_fullPath.IsEmpty())
         return 0;
     try
@@ -141,7 +142,7 @@ int RT_Dir::CopyTo(const String& destination, OVERWRITEFLAG overwrite)
 int RT_Dir::MoveTo(const String& destination, OVERWRITEFLAG overwrite)
 {
     RT_Dir parent(destination);
-    RT_Dir target(destination + '\\' + m_dirName);
+    RT_Dir target(aut::wholeText({destination, "\\", m_dirName}));
     if (!IsExisting() || target.m_fullPath.IsEmpty())
         return 0; // before anything is done to the target
     try

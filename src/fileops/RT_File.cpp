@@ -2,8 +2,12 @@
 
 #include "fileops/FileState.h"
 #include "fileops/PathSplitting.h"
+#include "foundation/WholeText.h"
 #include "platform/BoundedText.h"
 #include "platform/Layout.h"
+
+#include <cstddef>
+#include <cstring>
 
 AUT_LAYOUT_BEGIN
 template <> struct aut::LayoutOf<RT_File>
@@ -32,7 +36,11 @@ RT_File::RT_File(const char* path, const char* fileName)
     SetFullPath(path, fileName);
 }
 
-RT_File::RT_File(const RT_File& other) = default; // the handle value too: callers copy closed files only
+RT_File::RT_File(const RT_File& other) // the handle value too: callers copy closed files only
+{
+    InitMembers();
+    *this = other;
+}
 
 RT_File& RT_File::operator=(const RT_File& other)
 {
@@ -46,6 +54,8 @@ RT_File& RT_File::operator=(const RT_File& other)
     m_fileName = other.m_fileName;
     m_fullPath = other.m_fullPath;
     m_handle = other.m_handle;
+    if (m_fileName.GetLength() != other.m_fileName.GetLength())
+        m_fullPath.Empty();
     return *this;
 }
 
@@ -73,11 +83,20 @@ void RT_File::SetFullPath(const char* fullPath)
         m_fullPath.Empty();
 }
 
+namespace
+{
+bool hasLength(const String& text, std::size_t length) { return static_cast<std::size_t>(text.GetLength()) == length; }
+} // namespace
+
 void RT_File::SetFullPath(const char* path, const char* fileName)
 {
     const String directory(path); // either text may lie in this object
-    m_fileName = fileName;        // first, so that it stands even when the directory is refused
-    if (Initialize(directory))
+    const std::size_t directoryLength = std::strlen(aut::orEmpty(path));
+    const std::size_t nameLength = std::strlen(aut::orEmpty(fileName));
+    m_fileName = fileName; // first, so that it stands even when the directory is refused
+    if (!hasLength(directory, directoryLength) || !hasLength(m_fileName, nameLength))
+        m_fullPath.Empty(); // without its name, this would be the directory
+    else if (Initialize(directory))
         aut::joinPath(m_drive, m_server, m_path, m_fileName, m_fullPath);
 }
 
@@ -93,8 +112,5 @@ bool RT_File::IsFileExisting(const char* directory)
 {
     if (directory == nullptr)
         return aut::pathExists(m_fullPath);
-    String path(directory);
-    path += '\\';
-    path += m_fileName;
-    return aut::pathExists(path);
+    return aut::pathExists(aut::wholeText({directory, "\\", m_fileName}));
 }

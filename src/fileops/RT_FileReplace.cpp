@@ -1,21 +1,18 @@
 #include "fileops/RT_File.h"
 
+#include "fileops/FileState.h"
 #include "fileops/RT_Dir.h"
 #include "fileops/WholeCopy.h"
 #include "foundation/EventLog.h"
 #include "foundation/RT_RESULT.h"
+#include "foundation/WholeText.h"
 
 #include <windows.h>
 
 namespace
 {
-String targetIn(const char* directory, const String& fileName)
-{
-    String target(directory);
-    target += '\\';
-    target += fileName;
-    return target;
-}
+/// Empty when memory runs out.
+String targetIn(const char* directory, const String& fileName) { return aut::wholeText({directory, "\\", fileName}); }
 
 bool copyToDisk(const char* source, const char* target, const aut::FileStamp& before)
 {
@@ -40,6 +37,11 @@ bool RT_File::CopyTo(const char* directory, WHEN when)
     if (directory == nullptr)
         return false; // and never into the root of whatever drive is current
     const String target = targetIn(directory, m_fileName);
+    if (target.IsEmpty())
+    {
+        Log(2, "RT_File::CopyTo : copy of %s - failed", static_cast<const char*>(m_fullPath));
+        return false;
+    }
     RT_Dir targetDirectory(directory);
     if (!targetDirectory.IsExisting())
         targetDirectory.Create(); // when it fails, so does the copy
@@ -50,7 +52,7 @@ bool RT_File::CopyTo(const char* directory, WHEN when)
         return false;
     }
 
-    const bool targetExists = IsFileExisting(directory);
+    const bool targetExists = aut::pathExists(target);
     const aut::FileStamp before = targetExists ? aut::FileStamp(target) : aut::FileStamp();
     RT_File targetFile(target);
     switch (when)
@@ -99,12 +101,17 @@ bool RT_File::MoveTo(const char* directory, OVERWRITEFLAG flag)
     if (directory == nullptr)
         return false;
     const String target = targetIn(directory, m_fileName);
+    if (target.IsEmpty())
+    {
+        ::SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+        return failed(465, "Unable to move file", "RT_File::MoveTo", directory, m_fullPath);
+    }
     if (!IsFileExisting(nullptr))
     {
         result->Set(463, "Source File does not exist", "RT_File::MoveTo", "", "", m_fullPath);
         return false;
     }
-    if (!IsFileExisting(directory))
+    if (!aut::pathExists(target))
     {
         if (!::MoveFileA(m_fullPath, target))
             return failed(465, "Unable to move file", "RT_File::MoveTo", target, m_fullPath);

@@ -9,6 +9,7 @@
 
 #include <windows.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cstdlib>
 #include <ctime>
@@ -99,15 +100,18 @@ bool RT_File::GetTemporaryFilePath(String& path)
     const String prefix = path.Left(2); // the drive: a move at the next start of Windows cannot cross volumes
     const int point = m_fileName.ReverseFind('.');
     const String base = point >= 0 ? m_fileName.Left(point) : m_fileName;
+    if (prefix.GetLength() != std::min(path.GetLength(), 2) ||
+        base.GetLength() != (point >= 0 ? point : m_fileName.GetLength()))
+        return false; // without memory: it would be another volume's root, or another file's copy
     for (unsigned int n = 0; n < 10; ++n)
     {
         String candidate;
         candidate.Format("%s\\%s_%u.tmp", static_cast<const char*>(prefix), static_cast<const char*>(base), n);
         // Deliberately asks for this file in a folder of that name, so that practically the first candidate is taken.
-        if (!IsFileExisting(candidate))
+        if (!candidate.IsEmpty() && !IsFileExisting(candidate))
         {
             path = candidate;
-            return true;
+            return path.GetLength() == candidate.GetLength();
         }
     }
     return false;

@@ -21,7 +21,9 @@ bool copyWhole(const char* source, const char* target, const FileStamp& before);
 
 /// The same, for a target whose half would be taken for the whole: a process that dies on the way, or a disk that gets
 /// full, leaves it as it was. The copy is made beside the target and then moved onto it; a target that can be written
-/// to but not be replaced (a reader has it open) is copied over, as copyWhole() does it.
+/// to but not be replaced (a reader has it open) is copied over, as copyWhole() does it. It is another file that stands
+/// at the target then: an access list of the old one's own does not pass to it, and what a hard link to the old one
+/// shows stays old.
 bool copyAside(const char* source, const char* target, const FileStamp& before);
 } // namespace aut
 

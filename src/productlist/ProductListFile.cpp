@@ -21,10 +21,8 @@ String productListFile(const String& namePrefix)
         Log(2, "phase1xml - name prefix %s refused: no product list of its own", static_cast<const char*>(namePrefix));
         return path;
     }
-    String prefix;
-    if (!namePrefix.IsEmpty())
-        prefix.Format("%s_", static_cast<const char*>(namePrefix));
-    path.Format("%s\\%sproductList.xml", client.GetDataPath(), static_cast<const char*>(prefix));
+    path.Format("%s\\%s%sproductList.xml", client.GetDataPath(), static_cast<const char*>(namePrefix),
+                namePrefix.IsEmpty() ? "" : "_");
     return path;
 }
 } // namespace aut

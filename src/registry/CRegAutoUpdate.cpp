@@ -1,6 +1,10 @@
 #include "registry/CRegAutoUpdate.h"
 
+#include "foundation/WholeText.h"
+#include "platform/BoundedText.h"
 #include "registry/TypedValues.h"
+
+#include <cstring>
 
 using aut::readFlag;
 using aut::readNumber;
@@ -60,19 +64,15 @@ void CRegAutoUpdate::SetException(unsigned long value) { SetValue("Exception", v
 
 String CRegAutoUpdate::GetCompressedPath()
 {
-    String path(GetPath());
-    if (path.IsEmpty())
-        return path;
-    if (path.GetAt(path.GetLength() - 1) != '\\')
-        path += '\\';
-    path += "Compressed";
-    return path;
+    const char* const path = GetPath();
+    if (aut::isEmpty(path))
+        return String();
+    return aut::wholeText({path, path[std::strlen(path) - 1] != '\\' ? "\\" : "", "Compressed"});
 }
 
 String CRegAutoUpdate::GetKernelPath()
 {
-    String path(GetComponentPath());
-    path += "\\Kernel\\";
-    path += GetKernelVersion();
-    return path;
+    char components[260]; // the next value is read into the same buffer
+    aut::copyText(components, GetComponentPath());
+    return aut::wholeText({components, "\\Kernel\\", GetKernelVersion()});
 }

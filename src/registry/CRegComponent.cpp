@@ -1,6 +1,7 @@
 #include "registry/CRegComponent.h"
 
 #include "foundation/EventLog.h"
+#include "foundation/WholeText.h"
 #include "platform/BoundedText.h"
 #include "platform/PlainName.h"
 #include "registry/CRegAutoUpdate.h"
@@ -15,28 +16,30 @@ constexpr char kMaxLevels[] = "Max_Levels";
 constexpr char kMostRecentLevels[] = "Most_Recent_levels";
 constexpr unsigned long kDefaultMaxLevels = 20;
 
-/// What a product uses of a component, as a level: version, or version and language.
-String levelOf(CRegProductForComponent& entry)
+/// What a product uses of a component, as a level: version, or version and language. False when memory runs out: half a
+/// level would not keep the folder of the whole one.
+bool levelOf(CRegProductForComponent& entry, String& level)
 {
-    String level(entry.GetComponentVersion());
-    const String language(entry.GetLanguage());
-    if (!language.IsEmpty())
-    {
-        level += '_';
-        level += language;
-    }
-    return level;
+    char version[260];
+    aut::copyText(version, entry.GetComponentVersion());
+    const char* const language = entry.GetLanguage();
+    level = aut::wholeText({version, *language != '\0' ? "_" : "", language});
+    return !level.IsEmpty() || (*version == '\0' && *language == '\0');
 }
 
-String joined(const RT_List<String, String&>& levels)
+/// False when memory runs out.
+bool join(const RT_List<String, String&>& levels, String& text)
 {
-    String text;
+    int length = 0;
+    text.Empty();
     for (POSITION pos = levels.GetHeadPosition(); pos != nullptr;)
     {
+        const String& level = levels.GetNext(pos);
+        length += level.GetLength() + (length > 0 ? 1 : 0);
         text += text.IsEmpty() ? "" : ",";
-        text += levels.GetNext(pos);
+        text += level;
     }
-    return text;
+    return text.GetLength() == length;
 }
 
 /// Both names come with product lists, and the folder they name is going to be deleted: it must lie in ours.
@@ -92,7 +95,8 @@ bool CRegComponent::GetMostRecentLevels(RT_List<String, String&>& list)
     for (const char* rest = text; *rest != '\0';)
     {
         const int length = static_cast<int>(std::strcspn(rest, ",;"));
-        if (length > 0 && !aut::appendTo(list, String(rest).Left(length)))
+        const String level = String(rest).Left(length);
+        if (level.GetLength() != length || (length > 0 && !aut::appendTo(list, level)))
             return false;
         rest += rest[length] != '\0' ? length + 1 : length;
     }
@@ -122,7 +126,8 @@ void CRegComponent::SetMostRecentLevels(RT_List<String, String&>& levels, RT_Lis
         if (goesTo != nullptr && !aut::appendTo(*goesTo, level))
             return; // before anything is written: what is not listed any more would never be deleted
     }
-    if (!SetValue(kMostRecentLevels, joined(kept)))
+    String text;
+    if (!join(kept, text) || !SetValue(kMostRecentLevels, text))
     {
         // What the registry goes on listing must stay on disk.
         Log(2, "CRegComponent::SetMostRecentLevels - levels of component %s not recorded",
@@ -141,9 +146,15 @@ void CRegComponent::SetMostRecentLevels(RT_List<String, String&>& levels, RT_Lis
             static_cast<const char*>(m_component));
         return;
     }
-    const String folder = String(components) + "\\" + m_component + "\\";
     for (POSITION pos = dropped.GetHeadPosition(); pos != nullptr;)
-        aut::appendTo(removedDirs, folder + dropped.GetNext(pos));
+    {
+        // The caller deletes what it gets: without its last piece, the folder of all levels.
+        const String& level = dropped.GetNext(pos);
+        const String folder = aut::wholeText({components, "\\", m_component, "\\", level});
+        if (folder.IsEmpty() || !aut::appendTo(removedDirs, folder))
+            Log(2, "CRegComponent::SetMostRecentLevels - no memory: dropped level %s of %s stays on disk",
+                static_cast<const char*>(level), static_cast<const char*>(m_component));
+    }
 }
 
 void CRegComponent::InsertMostRecentLevel(const char* level, RT_List<String, String&>& removedDirs)
@@ -172,7 +183,8 @@ bool CRegComponent::GetUsedLevels(RT_List<String, String&>& used)
     for (POSITION pos = products.GetHeadPosition(); pos != nullptr;)
     {
         CRegProductForComponent entry(m_component, products.GetNext(pos), true, true);
-        if (!aut::appendTo(used, levelOf(entry)))
+        String level;
+        if (!levelOf(entry, level) || !aut::appendTo(used, level))
             return false;
     }
     return true;

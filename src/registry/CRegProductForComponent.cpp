@@ -5,6 +5,9 @@
 #include "registry/CRegComponent.h"
 #include "registry/TypedValues.h"
 
+#include <cstddef>
+#include <cstring>
+
 namespace
 {
 constexpr char kShared[] = "Shared";
@@ -65,8 +68,12 @@ CRegProductForComponent::CRegProductForComponent(const char* component, const ch
     : CRegBase(entryOf(component, product), readOnly), m_shared(aut::readFlag(*this, kShared)), m_component(component),
       m_product(product)
 {
+    // By the names given: m_component may have found no memory, and "Components\Shared" is nobody's entry.
     if (m_shared && followShared)
-        OpenCommonEntry(readOnly);
+        Open(entryOf(component, aut::kSharedEntry), aut::accessFor(readOnly));
+    // Without its product's name, sharing would write to the component itself: without the component's it fails.
+    if (static_cast<std::size_t>(m_product.GetLength()) != std::strlen(aut::orEmpty(product)))
+        m_component.Empty();
 }
 
 bool CRegProductForComponent::IsShared() { return m_shared; }
@@ -129,7 +136,7 @@ bool CRegProductForComponent::ShareAsFirst(const EntryData& data)
 }
 
 /// Whether another of the products shares what lies at `path`.
-bool CRegProductForComponent::IsSharedByOther(RT_List<String, String&>& products, const String& path)
+bool CRegProductForComponent::IsSharedByOther(RT_List<String, String&>& products, const char* path)
 {
     for (POSITION pos = products.GetHeadPosition(); pos != nullptr;)
     {
@@ -137,7 +144,7 @@ bool CRegProductForComponent::IsSharedByOther(RT_List<String, String&>& products
         if (name == m_product)
             continue;
         CRegProductForComponent other(m_component, name, true, true);
-        if (other.IsShared() && !path.IsEmpty() && path == other.GetPath())
+        if (other.IsShared() && !aut::isEmpty(path) && _stricmp(path, other.GetPath()) == 0)
             return true;
     }
     return false;

@@ -44,7 +44,7 @@ public:
 private:
     struct EntryData;
     bool ShareAsFirst(const EntryData& data);
-    bool IsSharedByOther(RT_List<String, String&>& products, const String& path);
+    bool IsSharedByOther(RT_List<String, String&>& products, const char* path);
     bool JoinShared();
     bool OpenCommonEntry(bool readOnly);
 

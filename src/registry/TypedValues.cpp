@@ -10,14 +10,15 @@ namespace
 {
 using StringList = RT_List<String, String&>;
 
-bool addCopy(StringList& list, const String& text, POSITION (StringList::*add)(String&)) noexcept
+/// Of the caller's own characters: of a String made for the call nobody could tell whether it is whole.
+bool addCopy(StringList& list, const char* text, POSITION (StringList::*add)(String&)) noexcept
 {
     try
     {
         String copy(text);
         const POSITION added = (list.*add)(copy);
         POSITION next = added;
-        if (list.GetNext(next).GetLength() == text.GetLength())
+        if (static_cast<std::size_t>(list.GetNext(next).GetLength()) == std::strlen(aut::orEmpty(text)))
             return true;
         list.RemoveAt(added); // there was memory for the entry, but none for its text
         return false;
@@ -57,12 +58,12 @@ void splitBuildAndVersion(const char* text, char* version, char* build)
     copyText(version, std::min(versionLength + 1, kBufferSize), text);
 }
 
-bool appendTo(RT_List<String, String&>& list, const String& text) noexcept
+bool appendTo(RT_List<String, String&>& list, const char* text) noexcept
 {
     return addCopy(list, text, &RT_List<String, String&>::AddTail);
 }
 
-bool prependTo(RT_List<String, String&>& list, const String& text) noexcept
+bool prependTo(RT_List<String, String&>& list, const char* text) noexcept
 {
     return addCopy(list, text, &RT_List<String, String&>::AddHead);
 }

@@ -44,8 +44,8 @@ bool writeOrDelete(CRegBase& key, const char* name, const char* text);
 void splitBuildAndVersion(const char* text, char* version, char* build);
 
 /// Add a copy at the end (in front); false when memory runs out.
-bool appendTo(RT_List<String, String&>& list, const String& text) noexcept;
-bool prependTo(RT_List<String, String&>& list, const String& text) noexcept;
+bool appendTo(RT_List<String, String&>& list, const char* text) noexcept;
+bool prependTo(RT_List<String, String&>& list, const char* text) noexcept;
 /// Removes the first entry equal to `text` without regard to case; false when there is none.
 bool removeFrom(RT_List<String, String&>& list, const char* text);
 /// The same as a question.

@@ -1,6 +1,7 @@
 #include "webconf/CConfig.h"
 
 #include "foundation/EventLog.h"
+#include "foundation/WholeText.h"
 #include "platform/Layout.h"
 #include "platform/Xml.h"
 #include "registry/CRegAutoUpdate.h"
@@ -130,13 +131,7 @@ catch (const std::bad_alloc&)
     return false;
 }
 
-String CConfig::GetConfigDataFile()
-{
-    String path(CRegAutoUpdate(true).GetPath());
-    path += '\\';
-    path += kFileName;
-    return path;
-}
+String CConfig::GetConfigDataFile() { return aut::wholeText({CRegAutoUpdate(true).GetPath(), "\\", kFileName}); }
 
 XmlDocumentPtr CConfig::LoadDataFile()
 {

@@ -3,6 +3,7 @@
 #include "environment/ClientFolders.h"
 #include "fileops/RT_Dir.h"
 #include "foundation/EventLog.h"
+#include "foundation/WholeText.h"
 #include "platform/BoundedText.h"
 #include "platform/FileReplacement.h"
 #include "platform/PlainName.h"
@@ -66,9 +67,7 @@ CachePlace cachePlace(const char* host, const char* certificateId, const char* p
 
 String pathOf(const CachePlace& place)
 {
-    String path = place.folder;
-    path += "\\";
-    path += place.fileName;
+    String path = wholeText({place.folder, "\\", place.fileName});
     path.Replace('/', '\\');
     const bool exists =
         place.isOurs && !place.folder.IsEmpty() && !place.fileName.IsEmpty() && path.GetLength() < MAX_PATH;

@@ -2,6 +2,7 @@
 
 #include "foundation/EventLog.h"
 #include "foundation/RT_RESULT.h"
+#include "foundation/WholeText.h"
 #include "platform/BoundedText.h"
 #include "platform/FileReplacement.h"
 #include "platform/Layout.h"
@@ -46,9 +47,9 @@ class InstallationNote
 public:
     explicit InstallationNote(const DataExchange& request)
         : m_key(request.m_host, request.m_certificateId, request.m_productName, request.m_componentName, false),
-          m_name(String(request.m_certificateId) + "__" + kConfigurationFile)
+          m_name(aut::wholeText({request.m_certificateId, "__", kConfigurationFile}))
     {
-        if (*request.m_certificateId == '\0' || m_key.QueryValue(m_name, m_installed))
+        if (*request.m_certificateId == '\0' || m_name.IsEmpty() || m_key.QueryValue(m_name, m_installed))
             return; // left by a process that died
         m_installed = m_key.GetTimeStamp();
         m_key.SetValue(m_name, m_installed);

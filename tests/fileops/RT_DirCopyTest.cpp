@@ -2,6 +2,7 @@
 
 #include "tests/fileops/TreeTest.h"
 #include "tests/support/LogFile.h"
+#include "tests/support/NoMemoryOnce.h"
 #include "tests/support/OpenHandles.h"
 
 using namespace auttest;
@@ -779,4 +780,36 @@ TEST_F(RT_DirMoveTo, ThousandRoundsLeaveNoHandleOpen)
     }
     EXPECT_LE(openHandles(), before);
 }
+
+// --- without memory
+
+/// Copies or moves a tree with each request for memory failing once; nothing may stand where nobody wanted it.
+void expectOnlyTarget(int (RT_Dir::*job)(const String&, OVERWRITEFLAG))
+{
+    bool met = true;
+    for (int number = 1; met; ++number)
+    {
+        const TestFolder folder;
+        folder.writeFile("a\\file", "x");
+        folder.makeFolder("to");
+        const String to((folder / "to").c_str());
+        int done = 0;
+        {
+            RT_Dir source((folder / "a").c_str());
+            const NoMemoryOnce once(number);
+            RT_Dir copy(source);
+            done = (copy.*job)(to, OVERWRITE_NOW_ONLY);
+            met = once.wasMet();
+        }
+        const auto there = [&](const char* path) { return fileExists(folder / path); };
+        EXPECT_FALSE(there("toa") || there("to\\file")) << "at request " << number;
+        EXPECT_TRUE(there("a\\file") || there("to\\a\\file")) << "at request " << number;
+        EXPECT_TRUE(done == 0 || there("to\\a")) << "at request " << number;
+        EXPECT_TRUE(met || (done == 1 && there("to\\a\\file"))); // undisturbed
+    }
+}
+
+TEST_F(RT_DirCopyTo, WithoutMemoryNothingIsCopiedElsewhere) { expectOnlyTarget(&RT_Dir::CopyTo); }
+
+TEST_F(RT_DirMoveTo, WithoutMemoryNothingIsMovedElsewhere) { expectOnlyTarget(&RT_Dir::MoveTo); }
 } // namespace

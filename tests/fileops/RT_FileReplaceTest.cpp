@@ -1,6 +1,7 @@
 #include "tests/fileops/ReplacementTest.h"
 #include "tests/fileops/VersionedFile.h"
 #include "tests/support/ImportPatch.h"
+#include "tests/support/NoMemoryOnce.h"
 #include "tests/support/OpenHandles.h"
 
 #include <io.h>
@@ -751,5 +752,67 @@ TEST_F(RT_FileRemove, NoHandleStaysOpenOverAThousandRounds)
         refusedRound();
     }
     EXPECT_EQ(before, auttest::openHandles());
+}
+
+TEST_F(RT_FileCopyTo, WithoutMemoryNothingElseIsReplaced)
+{
+    folder.makeFolder("target");
+    bool met = true;
+    for (int number = 1; met; ++number)
+    {
+        ::DeleteFileA(target.c_str());
+        RT_File file(source.c_str());
+        bool done = false;
+        {
+            const auttest::NoMemoryOnce once(number);
+            done = file.CopyTo(directory.c_str(), WHEN_ALWAYS);
+            met = once.wasMet();
+        }
+        EXPECT_EQ(done, auttest::fileExists(target)) << "at request " << number;
+        EXPECT_FALSE(auttest::fileExists(directory + "a_replaced.txt")) << "at request " << number;
+        EXPECT_EQ("", pending.text()) << "at request " << number;
+        EXPECT_TRUE(met || done);
+    }
+}
+
+TEST_F(RT_FileMoveTo, WithoutMemoryNothingElseWaitsForTheNextStart)
+{
+    writeTarget();
+    const InUse held(target, FILE_SHARE_READ);
+    bool met = true;
+    for (int number = 1; met; ++number)
+    {
+        const PendingMoves moves;
+        RT_File file(source.c_str());
+        bool done = false;
+        {
+            const auttest::NoMemoryOnce once(number);
+            done = file.MoveTo(directory.c_str(), OVERWRITE_AT_REBOOT);
+            met = once.wasMet();
+        }
+        EXPECT_EQ(done ? PendingMoves::move(source, target) : "", moves.text()) << "at request " << number;
+        EXPECT_TRUE(auttest::fileExists(source)) << "at request " << number;
+        EXPECT_FALSE(auttest::fileExists(directory + "a_replaced.txt")) << "at request " << number;
+        EXPECT_TRUE(met || done);
+    }
+}
+
+TEST_F(RT_FileRemove, WithoutMemoryTheFolderDoesNotWaitToBeDeleted)
+{
+    const InUse held(source, FILE_SHARE_READ);
+    bool met = true;
+    for (int number = 1; met; ++number)
+    {
+        const PendingMoves moves;
+        {
+            const auttest::NoMemoryOnce once(number);
+            RT_File((folder / "source").c_str(), "a_replaced.txt").Remove(OVERWRITE_AT_REBOOT);
+            met = once.wasMet();
+        }
+        const std::string waiting = moves.text();
+        EXPECT_TRUE(waiting == PendingMoves::deletion(source) || waiting.empty())
+            << waiting << " at request " << number;
+        EXPECT_TRUE(met || !waiting.empty());
+    }
 }
 } // namespace

@@ -3,6 +3,7 @@
 #include "tests/registry/RegistryTests.h"
 #include "tests/support/ImportPatch.h"
 #include "tests/support/LogFile.h"
+#include "tests/support/NoMemoryOnce.h"
 
 #include <algorithm>
 
@@ -394,4 +395,31 @@ TEST_F(CRegComponentTest, WritesLevelsOfAnyLength)
     const std::string level(10000, '1');
     EXPECT_EQ((Texts{}), setLevels({level, "2"}));
     EXPECT_EQ(level + ",2", storedLevels());
+}
+
+TEST_F(CRegComponentTest, WithoutMemoryNoOtherFolderIsGivenUp)
+{
+    m_registry.write(kRoot, "Max_Levels", 1u);
+    m_registry.write(std::string(kComponent) + "\\Product", "ComponentVersion", "1.1");
+    m_registry.write(std::string(kComponent) + "\\Product", "Language", "EN");
+    const Texts dropped{"C:\\AU\\Components\\Comp\\1.1", "C:\\AU\\Components\\Comp\\1.0"};
+    bool met = true;
+    for (int number = 1; met; ++number)
+    {
+        storeLevels("before");
+        StringList levels;
+        StringList removed;
+        fill(levels, {"1.2", "1.1", "1.1_EN", "1.0"});
+        {
+            const auttest::NoMemoryOnce once(number);
+            m_key.SetMostRecentLevels(levels, removed);
+            met = once.wasMet();
+        }
+        for (const std::string& folder : textsOf(removed))
+            EXPECT_EQ(1, std::count(dropped.begin(), dropped.end(), folder)) << folder << " at request " << number;
+        const std::string stored = storedLevels().value_or("(none)");
+        EXPECT_TRUE(stored == "1.2,1.1_EN" || stored == "before") << stored << " at request " << number;
+        EXPECT_TRUE(stored != "before" || removed.IsEmpty()) << "at request " << number;
+        EXPECT_TRUE(met || textsOf(removed) == dropped); // undisturbed
+    }
 }

@@ -3,6 +3,7 @@
 #include "tests/registry/RegistryTests.h"
 #include "tests/support/ImportPatch.h"
 #include "tests/support/LogFile.h"
+#include "tests/support/NoMemoryOnce.h"
 
 #include <cstring>
 
@@ -483,4 +484,26 @@ TEST_F(CRegProductForComponentTest, SharingAndUnsharingLeavesTheEntryAsItWas)
     expectEntry(kOwn, "C:\\path");
     EXPECT_EQ(4u, m_registry.valueNames(kOwn).size());
     EXPECT_FALSE(m_registry.keyExists(kCommon));
+}
+
+TEST_F(CRegProductForComponentTest, WithoutMemoryTheLastProductTakesTheCommonEntryWithItOrFails)
+{
+    bool met = true;
+    for (int number = 1; met; ++number)
+    {
+        m_registry.removeKey("Components\\Comp");
+        storeShared({"P1"});
+        bool done = false;
+        {
+            const auttest::NoMemoryOnce once(number);
+            done = Key("Comp", "P1", true, true).UnShare();
+            met = once.wasMet();
+        }
+        EXPECT_EQ(done, !m_registry.keyExists(kCommon)) << "at request " << number;
+        EXPECT_EQ(done, !m_registry.valueExists(kOwn, "Shared")) << "at request " << number;
+        expectEntry(done ? kOwn : kCommon, "C:\\common");
+        EXPECT_TRUE(m_registry.valueNames("Components\\Comp").empty()) << "at request " << number;
+        EXPECT_FALSE(m_registry.keyExists("Components\\Shared")) << "at request " << number;
+        EXPECT_TRUE(met || done);
+    }
 }
