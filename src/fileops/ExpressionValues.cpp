@@ -4,6 +4,7 @@
 #include "platform/WideText.h"
 #include "registry/CRegBase.h"
 
+#include <algorithm>
 #include <cstring>
 #include <new>
 #include <optional>
@@ -91,11 +92,14 @@ String aut::registryText(HKEY root, const char* path, const char* name, REGSAM v
     if (::RegGetValueA(key.get(), nullptr, name, kTexts, nullptr, nullptr, &size) != ERROR_SUCCESS || size == 0 ||
         size > kLongestExpressionChars)
         return String();
-    // The size counts the terminator, and the string has room for one behind its own length.
+    // The size should count a terminator, but not every system adds one to a text that is stored without. The string
+    // has room for one behind its own length.
     String text;
-    char* const buffer = text.GetBufferSetLength(static_cast<int>(size) - 1);
+    const int length = static_cast<int>(size);
+    char* const buffer = text.GetBufferSetLength(length);
     if (buffer == nullptr || ::RegGetValueA(key.get(), nullptr, name, kTexts, nullptr, buffer, &size) != ERROR_SUCCESS)
         return String();
+    buffer[std::min(static_cast<int>(size), length)] = '\0';
     text.ReleaseBuffer(-1);
     return text;
 }
