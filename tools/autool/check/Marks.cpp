@@ -10,6 +10,7 @@
 #include <tlhelp32.h>
 
 #include <ctime>
+#include <optional>
 
 namespace autool
 {
@@ -70,19 +71,27 @@ void checkProgress(CheckList& list, const wchar_t* name, bool isRunning)
 {
     const auto key = readTree(HKEY_LOCAL_MACHINE, std::wstring(kClientTree) + L"\\" + name);
     const RegistryValue* const phase = key ? key->value(L"Phase") : nullptr;
-    const auto number = phase != nullptr ? phase->number() : std::nullopt;
     const std::string place = fromWide(name);
-    if (phase != nullptr && !number)
-        list.add("MARK-PROGRESS", Verdict::warn,
-                 "\"Phase\" of " + place + " is no number but " + typeName(phase->type) + ".");
-    else if (number.value_or(0) == 0)
+    unsigned __int64 number = 0;
+    if (phase != nullptr)
+    {
+        const std::optional<unsigned __int64> stored = phase->number();
+        if (!stored)
+        {
+            list.add("MARK-PROGRESS", Verdict::warn,
+                     "\"Phase\" of " + place + " is no number but " + typeName(phase->type) + ".");
+            return;
+        }
+        number = *stored;
+    }
+    if (number == 0)
         list.add("MARK-PROGRESS", Verdict::pass, "No update cycle is noted as under way in " + place + ".");
     else if (isRunning)
         list.add("MARK-PROGRESS", Verdict::pass,
-                 "An update cycle is under way, in phase " + std::to_string(*number) + ".");
+                 "An update cycle is under way, in phase " + std::to_string(number) + ".");
     else
         list.add("MARK-PROGRESS", Verdict::warn,
-                 place + " says phase " + std::to_string(*number) +
+                 place + " says phase " + std::to_string(number) +
                      ", but AutoUpdate.exe does not run: a cycle was broken off " +
                      ageText(::_time64(nullptr) - key->written) + " ago.");
 }
